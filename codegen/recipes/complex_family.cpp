@@ -1,0 +1,27 @@
+#include "cx.hpp"
+#include "families.hpp"
+
+namespace zg {
+
+std::vector<Codelet> complex_codelets(int n) {
+    std::vector<Codelet> out;
+    for (int sign : {-1, +1}) {
+        Codelet c;
+        c.family = sign < 0 ? "zamgDFTFwd_CToC" : "zamgDFTInv_CToC";
+        c.n = n;
+        c.complex_io = true;
+        c.rule = sign < 0 ? ScaleRule::Forward : ScaleRule::Inverse;
+        Graph& g = *c.g;
+        CxVec x(static_cast<size_t>(n));
+        for (int k = 0; k < n; ++k) x[static_cast<size_t>(k)] = {g.input(2 * k), g.input(2 * k + 1)};
+        CxVec y = dft(g, x, sign);
+        for (int k = 0; k < n; ++k) {
+            c.outs.push_back({2 * k, y[static_cast<size_t>(k)].re});
+            c.outs.push_back({2 * k + 1, y[static_cast<size_t>(k)].im});
+        }
+        out.push_back(std::move(c));
+    }
+    return out;
+}
+
+} // namespace zg

@@ -1,0 +1,14 @@
+// The codelet families: each turns a transform recipe into the codelets of one
+// length (graph, input layout, output layout and scale rule).
+#pragma once
+
+#include "../codelet.hpp"
+
+#include <vector>
+
+namespace zg {
+
+// zamgDFTFwd_CToC and zamgDFTInv_CToC of length n.
+std::vector<Codelet> complex_codelets(int n);
+
+} // namespace zg

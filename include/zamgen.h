@@ -1,0 +1,149 @@
+/*
+ * zamgen: fixed-size signal transforms.
+ *
+ * Every transform is a flat C function that takes a source array, a
+ * destination array (which may be the same array) and a scaling flag, and
+ * returns a status code.  Nothing is allocated, no state is kept and every
+ * function may be called from any number of threads at once on distinct
+ * destinations.
+ *
+ * Names: zamg + transform and direction + _<N> (the fixed length) + element
+ * type, for example zamgDFTFwd_CToC_16_32fc.  The element types are
+ *
+ *   32f   float                          64f   double
+ *   32fc  float re, float im (8 bytes)   64fc  double re, double im (16 bytes)
+ *
+ * Contract of every codelet zamg..._<N>_<type>(src, dst, flag):
+ *   1. src or dst null            -> ZAM_STS_NULL_PTR_ERR, nothing read or written;
+ *   2. flag not 1, 2, 4 or 8      -> ZAM_STS_FLAG_ERR, nothing read or written;
+ *   3. otherwise the whole input is read, the transform computed, every
+ *      output multiplied by the scale factor s and stored; ZAM_STS_OK.
+ *
+ * The forward DFT uses exp(-2*pi*i*n*k/N), the inverse exp(+2*pi*i*n*k/N):
+ *   y[k] = s * sum_n x[n] * exp(-+2*pi*i*n*k/N).
+ *
+ * This header is valid C99 and C++.
+ */
+#ifndef ZAMGEN_H
+#define ZAMGEN_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_WIN32) || defined(__CYGWIN__)
+#  if defined(ZAMGEN_BUILDING)
+#    define ZAMGEN_API __declspec(dllexport)
+#  elif defined(ZAMGEN_STATIC)
+#    define ZAMGEN_API
+#  else
+#    define ZAMGEN_API __declspec(dllimport)
+#  endif
+#elif defined(__GNUC__)
+#  define ZAMGEN_API __attribute__((visibility("default")))
+#else
+#  define ZAMGEN_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Element types ------------------------------------------------------ */
+
+typedef float Zam32f;
+typedef double Zam64f;
+typedef struct Zam32fc { Zam32f re; Zam32f im; } Zam32fc;
+typedef struct Zam64fc { Zam64f re; Zam64f im; } Zam64fc;
+
+/* ---- Status codes ------------------------------------------------------- */
+
+typedef int32_t ZamStatus;
+
+#define ZAM_STS_OK             0   /* the destination holds the result */
+#define ZAM_STS_CONTEXT_ERR   (-5) /* a DCT-IV specification holds no valid plan */
+#define ZAM_STS_SIZE_ERR      (-6) /* a run-time length or order out of range */
+#define ZAM_STS_NULL_PTR_ERR  (-8) /* source or destination pointer is null */
+#define ZAM_STS_FLAG_ERR      (-16) /* the scaling flag is not one of the four below */
+
+/* ---- Scaling flags -----------------------------------------------------
+ * Exactly one of these values; they are not bits to combine.
+ *
+ *   flag                  forward multiplies by   inverse multiplies by
+ *   ZAM_DIV_FWD_BY_N      1/N                     1
+ *   ZAM_DIV_INV_BY_N      1                       1/N
+ *   ZAM_DIV_BY_SQRTN      1/sqrt(N)               1/sqrt(N)
+ *   ZAM_NODIV_BY_ANY      1                       1
+ *
+ * A forward call followed by the inverse call with the same flag 1, 2 or 4
+ * reproduces the input.  1/N is 1.0/N rounded to the element type; 1/sqrt(N)
+ * is 1.0/sqrt(N) evaluated in double (square root rounded first), then rounded
+ * to the element type.  The factor is applied to every output as a last
+ * multiplication, also when it is 1.
+ */
+#define ZAM_DIV_FWD_BY_N  1u
+#define ZAM_DIV_INV_BY_N  2u
+#define ZAM_DIV_BY_SQRTN  4u
+#define ZAM_NODIV_BY_ANY  8u
+
+/* ---- Version record ----------------------------------------------------- */
+
+typedef struct ZamLibVersion {
+    int32_t major;           /* 6 */
+    int32_t minor;           /* 1 */
+    int32_t build;           /* 137 */
+    int32_t build2;          /* 316: a further build identifier */
+    char targetCode[4];      /* "mx" and two zero bytes: the processor variant */
+    const char* name;        /* "zamgenmx-6.1.dll" */
+    const char* version;     /* "6.1 build 137.36" */
+    const char* buildDate;   /* "Sep 29 2009" */
+} ZamLibVersion;
+
+/* The record's layout is part of the interface: fail the build of any
+ * translation unit that would see it differently. */
+#define ZAM_STATIC_CHECK(name, cond) typedef char zam_check_##name[(cond) ? 1 : -1]
+ZAM_STATIC_CHECK(version_target_offset, offsetof(ZamLibVersion, targetCode) == 16);
+#if UINTPTR_MAX == 0xFFFFFFFFFFFFFFFFu
+ZAM_STATIC_CHECK(version_size, sizeof(ZamLibVersion) == 48);
+ZAM_STATIC_CHECK(version_name_offset, offsetof(ZamLibVersion, name) == 24);
+ZAM_STATIC_CHECK(version_text_offset, offsetof(ZamLibVersion, version) == 32);
+ZAM_STATIC_CHECK(version_date_offset, offsetof(ZamLibVersion, buildDate) == 40);
+#endif
+#undef ZAM_STATIC_CHECK
+
+/* The constant version record; the same pointer on every call.  Never write
+ * through it or free it. */
+ZAMGEN_API const ZamLibVersion* zamgenGetLibVersion(void);
+
+/* ---- Lengths ------------------------------------------------------------
+ * ZAM_FOR_EACH_LENGTH(X) expands X(N) for every codelet length N, 2 to 64.
+ */
+#define ZAM_FOR_EACH_LENGTH(X) \
+    X(2)  X(3)  X(4)  X(5)  X(6)  X(7)  X(8)  X(9)  X(10) X(11) X(12) X(13) X(14) \
+    X(15) X(16) X(17) X(18) X(19) X(20) X(21) X(22) X(23) X(24) X(25) X(26) X(27) \
+    X(28) X(29) X(30) X(31) X(32) X(33) X(34) X(35) X(36) X(37) X(38) X(39) X(40) \
+    X(41) X(42) X(43) X(44) X(45) X(46) X(47) X(48) X(49) X(50) X(51) X(52) X(53) \
+    X(54) X(55) X(56) X(57) X(58) X(59) X(60) X(61) X(62) X(63) X(64)
+
+/* ---- Complex DFT codelets ----------------------------------------------
+ *   zamgDFTFwd_CToC_<N>_32fc, zamgDFTInv_CToC_<N>_32fc  (Zam32fc arrays of N)
+ *   zamgDFTFwd_CToC_<N>_64fc, zamgDFTInv_CToC_<N>_64fc  (Zam64fc arrays of N)
+ */
+#define ZAM_DECLARE_CTOC(N)                                                                   \
+    ZAMGEN_API ZamStatus zamgDFTFwd_CToC_##N##_32fc(const Zam32fc* pSrc, Zam32fc* pDst,       \
+                                                   uint32_t flag);                           \
+    ZAMGEN_API ZamStatus zamgDFTInv_CToC_##N##_32fc(const Zam32fc* pSrc, Zam32fc* pDst,       \
+                                                   uint32_t flag);                           \
+    ZAMGEN_API ZamStatus zamgDFTFwd_CToC_##N##_64fc(const Zam64fc* pSrc, Zam64fc* pDst,       \
+                                                   uint32_t flag);                           \
+    ZAMGEN_API ZamStatus zamgDFTInv_CToC_##N##_64fc(const Zam64fc* pSrc, Zam64fc* pDst,       \
+                                                   uint32_t flag);
+
+ZAM_DECLARE_CTOC(2) ZAM_DECLARE_CTOC(3) ZAM_DECLARE_CTOC(4) ZAM_DECLARE_CTOC(5)
+ZAM_DECLARE_CTOC(7) ZAM_DECLARE_CTOC(8) ZAM_DECLARE_CTOC(11) ZAM_DECLARE_CTOC(16)
+ZAM_DECLARE_CTOC(23) ZAM_DECLARE_CTOC(32) ZAM_DECLARE_CTOC(47) ZAM_DECLARE_CTOC(64)
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* ZAMGEN_H */

@@ -1,0 +1,29 @@
+/* Compiled as C: the public headers are valid C, and the library is callable
+ * from C.  Returns 0 when every check passes, else the number of the check. */
+#include "zamcore.h"
+#include "zamgen.h"
+
+#include <stdint.h>
+#include <string.h>
+
+int zt_c_api_check(void)
+{
+    const ZamLibVersion* v = zamgenGetLibVersion();
+    if (v == NULL || v->major != 6 || strcmp(v->name, "zamgenmx-6.1.dll") != 0) return 1;
+
+    Zam32fc x[8], y[8];
+    memset(x, 0, sizeof x);
+    x[0].re = 1.0f;
+    if (zamgDFTFwd_CToC_8_32fc(x, y, ZAM_DIV_FWD_BY_N) != ZAM_STS_OK) return 2;
+    for (int k = 0; k < 8; ++k)
+        if (y[k].re != 0.125f || y[k].im != 0.0f) return 3;
+    if (zamgDFTInv_CToC_8_32fc(NULL, y, ZAM_DIV_FWD_BY_N) != ZAM_STS_NULL_PTR_ERR) return 4;
+    if (zamgDFTInv_CToC_8_32fc(x, y, 3u) != ZAM_STS_FLAG_ERR) return 5;
+
+    Zam64fc* p = (Zam64fc*)zamMalloc(64 * sizeof(Zam64fc));
+    if (p == NULL || ((uintptr_t)p % 64) != 0) return 6;
+    zamFree(p);
+    zamFree(NULL);
+    if (zamMalloc(0) != NULL) return 7;
+    return 0;
+}

@@ -1,0 +1,133 @@
+// The codelet compiler itself: constants, literals, simplification and the
+// precision model of its graphs.
+#include "codelet.hpp"
+#include "dag.hpp"
+#include "hp.hpp"
+#include "recipes/families.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+using namespace zg;
+
+TEST(CodegenConstants, AreCorrectlyRoundedCosinesAndSines) {
+    struct Row {
+        long k, n;
+        double c, s;
+    };
+    // Correctly rounded values computed independently with 40-digit arithmetic.
+    const Row rows[] = {
+        {1, 5, 0x1.3c6ef372fe950p-2, 0x1.e6f0e134454ffp-1},
+        {1, 3, -0x1.0000000000000p-1, 0x1.bb67ae8584caap-1},
+        {1, 8, 0x1.6a09e667f3bcdp-1, 0x1.6a09e667f3bcdp-1},
+        {1, 7, 0x1.3f3a0e28bedd1p-1, 0x1.904c37505de4bp-1},
+        {5, 47, 0x1.91d1399b62b08p-1, 0x1.3d4fdb8191592p-1},
+        {3, 64, 0x1.e9f4156c62ddap-1, 0x1.294062ed59f06p-2},
+        {11, 23, -0x1.fb3b3035aa6cdp-1, 0x1.16de8a4564f0ap-3},
+        {2, 5, -0x1.9e3779b97f4a8p-1, 0x1.2cf2304755a5ep-1},
+    };
+    for (const Row& r : rows) {
+        EXPECT_EQ(cos2pi(r.k, r.n).to_double(), r.c) << r.k << "/" << r.n;
+        EXPECT_EQ(sin2pi(r.k, r.n).to_double(), r.s) << r.k << "/" << r.n;
+    }
+}
+
+TEST(CodegenConstants, AgreeWithLongDoubleEverywhereAndKeepSymmetries) {
+    const long double pi = 3.141592653589793238462643383279502884L;
+    for (long n = 1; n <= 256; ++n) {
+        for (long k = -n; k <= 2 * n; ++k) {
+            const long double a = 2 * pi * static_cast<long double>(k) / static_cast<long double>(n);
+            const double c = cos2pi(k, n).to_double(), s = sin2pi(k, n).to_double();
+            EXPECT_LE(std::fabs(c - std::cos(a)), 0.5L * std::ldexp(1.0L, -52) + 1e-18L) << k << "/" << n;
+            EXPECT_LE(std::fabs(s - std::sin(a)), 0.5L * std::ldexp(1.0L, -52) + 1e-18L) << k << "/" << n;
+            // Exact symmetries: equal magnitudes for mirrored angles.
+            EXPECT_EQ(c, cos2pi(-k, n).to_double());
+            EXPECT_EQ(s, -sin2pi(-k, n).to_double());
+        }
+    }
+}
+
+TEST(CodegenLiterals, ReadBackExactly) {
+    std::mt19937_64 gen(42);
+    std::uniform_real_distribution<double> d(-4.0, 4.0);
+    for (int i = 0; i < 20000; ++i) {
+        const double v = std::ldexp(d(gen), static_cast<int>(gen() % 40) - 20);
+        EXPECT_EQ(std::strtod(double_literal(v).c_str(), nullptr), v);
+        const float f = static_cast<float>(v);
+        std::string lf = float_literal(f);
+        ASSERT_EQ(lf.back(), 'f');
+        lf.pop_back();
+        EXPECT_EQ(std::strtof(lf.c_str(), nullptr), f);
+    }
+    EXPECT_EQ(double_literal(0.7071067811865476), "0.7071067811865476");
+    EXPECT_EQ(double_literal(2.0), "2.0");
+    EXPECT_EQ(float_literal(0.70710677f), "0.70710677f");
+}
+
+TEST(CodegenGraph, SimplifiesIdentitiesAndSharesExpressions) {
+    Graph g;
+    const Ref a = g.input(0), b = g.input(1), zero{};
+    EXPECT_EQ(g.add(a, zero), a);
+    EXPECT_EQ(g.sub(zero, a), -a);
+    EXPECT_EQ(g.mul(1.0, a), a);
+    EXPECT_EQ(g.mul(-1.0, a), -a);
+    EXPECT_TRUE(g.mul(0.0, a).is_zero());
+    EXPECT_TRUE(g.sub(a, a).is_zero());
+    EXPECT_EQ(g.add(a, b), g.add(b, a));
+    // b - a after a - b is the same node, negated; so is -(a + b).
+    const Ref d = g.sub(a, b);
+    EXPECT_EQ(g.sub(b, a), -d);
+    EXPECT_EQ(g.add(-a, -b), -g.add(a, b));
+    // Negations are absorbed by constants: (-0.5) * a is 0.5 * a negated.
+    EXPECT_EQ(g.mul(-0.5, a), -g.mul(0.5, a));
+    EXPECT_EQ(g.mul(0.5, -a), -g.mul(0.5, a));
+    // Products of constants fold into one product.
+    EXPECT_EQ(g.mul(3.0, g.mul(0.25, a)), g.mul(0.75, a));
+    // x + x is an exact doubling.
+    EXPECT_EQ(g.add(a, a), g.mul(2.0, a));
+}
+
+TEST(CodegenGraph, TracksWhereSinglePrecisionWidens) {
+    Graph g;
+    const Ref a = g.input(0), b = g.input(1);
+    const Ref sum = g.add(a, b);
+    EXPECT_FALSE(g.wide(sum));                       // plain sums stay float
+    const Ref p = g.mul(0.8660254037844386, sum);
+    EXPECT_TRUE(g.wide(p));                          // products by constants are double
+    const Ref comb = g.sub(a, p);
+    EXPECT_TRUE(g.wide(comb));                       // and so is their combination
+    const Ref r = g.round(comb);
+    EXPECT_FALSE(g.wide(r));                         // rounded once
+    EXPECT_EQ(g.round(sum), sum);                    // a float needs no rounding
+    EXPECT_FALSE(g.wide(g.mul(2.0, a)));             // doublings are exact in float
+}
+
+TEST(CodegenEmit, CountsOnlyLiveOperationsAndEmitsNoContraction) {
+    for (int n : {3, 8, 16}) {
+        for (const Codelet& c : complex_codelets(n)) {
+            const std::string s32 = emit(c, Prec::F32), s64 = emit(c, Prec::F64);
+            EXPECT_EQ(s32.find("fma"), std::string::npos);
+            EXPECT_NE(s32.find("pick_scale"), std::string::npos);
+            EXPECT_EQ(s64.find("static_cast<float>"), std::string::npos);
+            // Generating again gives the same text.
+            EXPECT_EQ(emit(c, Prec::F32), s32);
+        }
+    }
+    Codelet c;
+    c.family = "zamgTest";
+    c.n = 2;
+    Graph& g = *c.g;
+    const Ref a = g.input(0), b = g.input(1);
+    g.mul(0.3, g.add(a, b));  // dead: no output uses it
+    c.outs.push_back({0, g.sub(a, b)});
+    const Counts k = count(c);
+    EXPECT_EQ(k.adds, 1);
+    EXPECT_EQ(k.muls, 0);
+}
+
+} // namespace
