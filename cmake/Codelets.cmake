@@ -5,7 +5,10 @@
 # compiler, so the generated sources are the same as in a native build.
 
 set(ZAMGEN_GEN_DIR ${CMAKE_BINARY_DIR}/generated)
-set(ZAMGEN_COMPLEX_LENGTHS 2 3 4 5 7 8 11 16 23 32 47 64)
+set(ZAMGEN_LENGTHS)
+foreach(n RANGE 2 64)
+  list(APPEND ZAMGEN_LENGTHS ${n})
+endforeach()
 
 if(CMAKE_CROSSCOMPILING)
   include(ExternalProject)
@@ -28,7 +31,7 @@ else()
 endif()
 
 set(ZAMGEN_GENERATED_SOURCES)
-foreach(n IN LISTS ZAMGEN_COMPLEX_LENGTHS)
+foreach(n IN LISTS ZAMGEN_LENGTHS)
   list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/dft_complex_${n}.cpp)
 endforeach()
 set(ZAMGEN_MANIFEST ${ZAMGEN_GEN_DIR}/manifest.tsv)

@@ -95,4 +95,24 @@ Ref Graph::round(Ref x) {
     return x.neg ? -r : r;
 }
 
+std::vector<double> evaluate(const Graph& g, const std::vector<double>& inputs, const std::vector<Ref>& refs) {
+    std::vector<double> v(g.size(), 0.0);
+    for (size_t i = 1; i < g.size(); ++i) {
+        const Node& n = g.node(static_cast<int32_t>(i));
+        const double a = v[static_cast<size_t>(n.a)], b = v[static_cast<size_t>(n.b)];
+        switch (n.op) {
+        case Op::Input: v[i] = inputs.at(static_cast<size_t>(n.k)); break;
+        case Op::Add: v[i] = a + b; break;
+        case Op::Sub: v[i] = a - b; break;
+        case Op::MulC: v[i] = g.constant(n.k) * a; break;
+        case Op::Round: v[i] = a; break;
+        default: break;
+        }
+    }
+    std::vector<double> out;
+    out.reserve(refs.size());
+    for (Ref r : refs) out.push_back(r.neg ? -v[static_cast<size_t>(r.id)] : v[static_cast<size_t>(r.id)]);
+    return out;
+}
+
 } // namespace zg

@@ -93,4 +93,8 @@ private:
     std::unordered_map<Key, Ref, KeyHash> memo_;
 };
 
+// The values of the given references for one set of input values (indexed by
+// input slot), evaluated in double: the compiler's own check of its recipes.
+std::vector<double> evaluate(const Graph& g, const std::vector<double>& inputs, const std::vector<Ref>& refs);
+
 } // namespace zg

@@ -138,9 +138,7 @@ ZAMGEN_API const ZamLibVersion* zamgenGetLibVersion(void);
     ZAMGEN_API ZamStatus zamgDFTInv_CToC_##N##_64fc(const Zam64fc* pSrc, Zam64fc* pDst,       \
                                                    uint32_t flag);
 
-ZAM_DECLARE_CTOC(2) ZAM_DECLARE_CTOC(3) ZAM_DECLARE_CTOC(4) ZAM_DECLARE_CTOC(5)
-ZAM_DECLARE_CTOC(7) ZAM_DECLARE_CTOC(8) ZAM_DECLARE_CTOC(11) ZAM_DECLARE_CTOC(16)
-ZAM_DECLARE_CTOC(23) ZAM_DECLARE_CTOC(32) ZAM_DECLARE_CTOC(47) ZAM_DECLARE_CTOC(64)
+ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_CTOC)
 
 #ifdef __cplusplus
 } /* extern "C" */

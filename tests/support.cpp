@@ -10,10 +10,7 @@ const std::vector<ComplexCodelets>& complex_codelets() {
 #define ZT_COMPLEX_ENTRY(N)                                                                 \
     ComplexCodelets{N, zamgDFTFwd_CToC_##N##_32fc, zamgDFTInv_CToC_##N##_32fc,              \
                     zamgDFTFwd_CToC_##N##_64fc, zamgDFTInv_CToC_##N##_64fc},
-    static const std::vector<ComplexCodelets> table{
-        ZT_COMPLEX_ENTRY(2) ZT_COMPLEX_ENTRY(3) ZT_COMPLEX_ENTRY(4) ZT_COMPLEX_ENTRY(5)
-        ZT_COMPLEX_ENTRY(7) ZT_COMPLEX_ENTRY(8) ZT_COMPLEX_ENTRY(11) ZT_COMPLEX_ENTRY(16)
-        ZT_COMPLEX_ENTRY(23) ZT_COMPLEX_ENTRY(32) ZT_COMPLEX_ENTRY(47) ZT_COMPLEX_ENTRY(64)};
+    static const std::vector<ComplexCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_COMPLEX_ENTRY)};
 #undef ZT_COMPLEX_ENTRY
     return table;
 }

@@ -3,11 +3,14 @@
 #include "codelet.hpp"
 #include "dag.hpp"
 #include "hp.hpp"
+#include "recipes/cx.hpp"
 #include "recipes/families.hpp"
+#include "recipes/real.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <cstdlib>
 #include <random>
 
@@ -131,3 +134,133 @@ TEST(CodegenEmit, CountsOnlyLiveOperationsAndEmitsNoContraction) {
 }
 
 } // namespace
+
+// ---- The recipes, evaluated on the graph without compiling them ----------
+
+namespace recipes {
+
+using Cd = std::complex<double>;
+
+Cd unit(double turns) { return std::polar(1.0, 2 * 3.14159265358979323846 * turns); }
+
+std::vector<double> random_inputs(size_t n, unsigned seed) {
+    std::mt19937 gen(seed);
+    std::uniform_real_distribution<double> d(-1.0, 1.0);
+    std::vector<double> v(n);
+    for (double& x : v) x = d(gen);
+    return v;
+}
+
+// Every complex length and direction against the defining sum.
+TEST(CodegenRecipes, ComplexDftOfEveryLength) {
+    for (int n = 2; n <= 64; ++n) {
+        for (int sign : {-1, +1}) {
+            Graph g;
+            CxVec x(static_cast<size_t>(n));
+            for (int k = 0; k < n; ++k) x[static_cast<size_t>(k)] = {g.input(2 * k), g.input(2 * k + 1)};
+            std::vector<Ref> refs;
+            for (Cx v : dft(g, x, sign)) {
+                refs.push_back(v.re);
+                refs.push_back(v.im);
+            }
+            const auto in = random_inputs(static_cast<size_t>(2 * n), static_cast<unsigned>(n));
+            const auto out = evaluate(g, in, refs);
+            for (int k = 0; k < n; ++k) {
+                Cd want = 0;
+                for (int j = 0; j < n; ++j)
+                    want += Cd(in[static_cast<size_t>(2 * j)], in[static_cast<size_t>(2 * j + 1)]) *
+                            unit(sign * double((j * k) % n) / n);
+                EXPECT_NEAR(out[static_cast<size_t>(2 * k)], want.real(), 1e-12) << n << " k " << k;
+                EXPECT_NEAR(out[static_cast<size_t>(2 * k + 1)], want.imag(), 1e-12) << n << " k " << k;
+            }
+        }
+    }
+}
+
+// Real forward transforms (half spectrum) and inverse transforms, plain and
+// with doubled middle bins, for every length.
+TEST(CodegenRecipes, RealDftsOfEveryLength) {
+    for (int n = 2; n <= 64; ++n) {
+        const auto in = random_inputs(static_cast<size_t>(n + 2), static_cast<unsigned>(100 + n));
+        {
+            Graph g;
+            std::vector<Ref> x(static_cast<size_t>(n));
+            for (int i = 0; i < n; ++i) x[static_cast<size_t>(i)] = g.input(i);
+            std::vector<Ref> refs;
+            for (Cx v : rdft(g, x, -1)) {
+                refs.push_back(v.re);
+                refs.push_back(v.im);
+            }
+            const auto out = evaluate(g, in, refs);
+            for (int k = 0; 2 * k <= n; ++k) {
+                Cd want = 0;
+                for (int j = 0; j < n; ++j) want += in[static_cast<size_t>(j)] * unit(-double((j * k) % n) / n);
+                EXPECT_NEAR(out[static_cast<size_t>(2 * k)], want.real(), 1e-12) << n;
+                EXPECT_NEAR(out[static_cast<size_t>(2 * k + 1)], want.imag(), 1e-12) << n;
+            }
+        }
+        for (bool doubled : {false, true}) {
+            Graph g;
+            CxVec X(static_cast<size_t>(n / 2 + 1));
+            std::vector<Cd> half(X.size());
+            for (int k = 0; 2 * k <= n; ++k) {
+                const bool middle = k > 0 && 2 * k != n;
+                X[static_cast<size_t>(k)] = {g.input(2 * k), middle ? g.input(2 * k + 1) : Ref{}};
+                half[static_cast<size_t>(k)] = {in[static_cast<size_t>(2 * k)], middle ? in[static_cast<size_t>(2 * k + 1)] : 0.0};
+            }
+            const auto out = evaluate(g, in, irdft(g, X, n, +1, doubled));
+            for (int j = 0; j < n; ++j) {
+                double want = 0;
+                for (int k = 0; k < n; ++k) {
+                    Cd v = 2 * k <= n ? half[static_cast<size_t>(k)] : std::conj(half[static_cast<size_t>(n - k)]);
+                    if (doubled && k > 0 && 2 * k != n) v *= 0.5;
+                    want += (v * unit(double((j * k) % n) / n)).real();
+                }
+                EXPECT_NEAR(out[static_cast<size_t>(j)], want, 1e-12) << n << (doubled ? " doubled" : "");
+            }
+        }
+    }
+}
+
+// Odd-frequency transforms, with and without an odd factor.
+TEST(CodegenRecipes, OddFrequencyTransforms) {
+    for (int n : {2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 26, 30}) {
+        for (int sign : {-1, +1}) {
+            const auto in = random_inputs(static_cast<size_t>(n), static_cast<unsigned>(n * 7 + sign + 1));
+            Graph g;
+            std::vector<Ref> v(static_cast<size_t>(n));
+            for (int i = 0; i < n; ++i) v[static_cast<size_t>(i)] = g.input(i);
+            std::vector<Ref> refs;
+            for (Cx c : odd_rdft(g, v, sign)) {
+                refs.push_back(c.re);
+                refs.push_back(c.im);
+            }
+            const auto out = evaluate(g, in, refs);
+            for (int j = 0; j < n / 2; ++j) {
+                Cd want = 0;
+                for (int i = 0; i < n; ++i) want += in[static_cast<size_t>(i)] * unit(sign * double(i * (2 * j + 1)) / (2 * n));
+                EXPECT_NEAR(out[static_cast<size_t>(2 * j)], want.real(), 1e-12) << n;
+                EXPECT_NEAR(out[static_cast<size_t>(2 * j + 1)], want.imag(), 1e-12) << n;
+            }
+            for (bool half : {false, true}) {
+                Graph h;
+                CxVec Z(static_cast<size_t>(n / 2));
+                for (int j = 0; j < n / 2; ++j) Z[static_cast<size_t>(j)] = {h.input(2 * j), h.input(2 * j + 1)};
+                const auto zin = random_inputs(static_cast<size_t>(n), static_cast<unsigned>(n + 3));
+                const auto r = evaluate(h, zin, odd_irdft(h, Z, n, sign, half));
+                for (int i = 0; i < n; ++i) {
+                    Cd acc = 0;
+                    for (int j = 0; j < n; ++j) {
+                        const int jj = j < n / 2 ? j : n - 1 - j;
+                        Cd z(zin[static_cast<size_t>(2 * jj)], zin[static_cast<size_t>(2 * jj + 1)]);
+                        if (j >= n / 2) z = std::conj(z);
+                        acc += z * unit(-sign * double(i * (2 * j + 1)) / (2 * n));
+                    }
+                    EXPECT_NEAR(r[static_cast<size_t>(i)], half ? acc.real() / 2 : acc.real(), 1e-12) << n;
+                }
+            }
+        }
+    }
+}
+
+} // namespace recipes

@@ -1,6 +1,7 @@
 // Complex DFT recipes: the butterfly, Cooley-Tukey steps for powers of two and
 // the direct symmetric evaluation of odd primes.
 #include "cx.hpp"
+#include "rader.hpp"
 
 #include <stdexcept>
 
@@ -82,6 +83,48 @@ CxVec direct_odd(Graph& g, const CxVec& x, int sign) {
     return y;
 }
 
+// The coprime prime-power factors of n: powers of two first, then the odd
+// prime powers by increasing prime (12 = 4 x 3, 45 = 9 x 5, 60 = 4 x 3 x 5).
+std::vector<int> prime_power_factors(int n) {
+    std::vector<int> f;
+    for (int p = 2; n > 1; ++p) {
+        if (n % p) continue;
+        int q = 1;
+        while (n % p == 0) {
+            n /= p;
+            q *= p;
+        }
+        f.push_back(q);
+    }
+    return f;
+}
+
+// Prime-factor (Good-Thomas) step for coprime n1, n2, without twiddles: the
+// input of inner indices a (length n1) and b (length n2) is x[(n2*a + n1*b) mod
+// n]; the transforms of length n2 run first, then those of length n1, and the
+// output of inner indices k1, k2 goes to the k with k = k1 mod n1, k = k2 mod n2.
+CxVec prime_factor(Graph& g, const CxVec& x, int n1s, int n2s, int sign) {
+    const int n = n1s * n2s;
+    std::vector<CxVec> rows(static_cast<size_t>(n1s));
+    for (int a = 0; a < n1s; ++a) {
+        CxVec sub(static_cast<size_t>(n2s));
+        for (int b = 0; b < n2s; ++b) sub[static_cast<size_t>(b)] = x[static_cast<size_t>((n2s * a + n1s * b) % n)];
+        rows[static_cast<size_t>(a)] = dft(g, sub, sign);
+    }
+    CxVec y(static_cast<size_t>(n));
+    for (int k2 = 0; k2 < n2s; ++k2) {
+        CxVec col(static_cast<size_t>(n1s));
+        for (int a = 0; a < n1s; ++a) col[static_cast<size_t>(a)] = rows[static_cast<size_t>(a)][static_cast<size_t>(k2)];
+        CxVec out = dft(g, col, sign);
+        for (int k1 = 0; k1 < n1s; ++k1) {
+            int k = 0;
+            while (k % n1s != k1 || k % n2s != k2) ++k;
+            y[static_cast<size_t>(k)] = out[static_cast<size_t>(k1)];
+        }
+    }
+    return y;
+}
+
 bool is_prime(int n) {
     if (n < 2) return false;
     for (int d = 2; d * d <= n; ++d)
@@ -124,7 +167,18 @@ CxVec dft(Graph& g, const CxVec& x, int sign) {
         const int n1 = pow2_first_factor(n);
         return cooley_tukey(g, x, n1, n / n1, sign);
     }
+    if (uses_rader(n)) return rader_dft(g, x, sign);
     if (is_prime(n)) return direct_odd(g, x, sign);
+    const std::vector<int> f = prime_power_factors(n);
+    if (f.size() > 1) return prime_factor(g, x, f[0], n / f[0], sign);
+    // Powers of an odd prime: one Cooley-Tukey step with full twiddle products.
+    switch (n) {
+    case 9: return cooley_tukey(g, x, 3, 3, sign);
+    case 25: return cooley_tukey(g, x, 5, 5, sign);
+    case 27: return cooley_tukey(g, x, 3, 9, sign);
+    case 49: return cooley_tukey(g, x, 7, 7, sign);
+    default: break;
+    }
     throw std::runtime_error("no factorisation for length " + std::to_string(n));
 }
 
