@@ -32,7 +32,9 @@ endif()
 
 set(ZAMGEN_GENERATED_SOURCES)
 foreach(n IN LISTS ZAMGEN_LENGTHS)
-  list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/dft_complex_${n}.cpp)
+  foreach(family dft_complex dft_real_fwd dft_real_inv)
+    list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/${family}_${n}.cpp)
+  endforeach()
 endforeach()
 set(ZAMGEN_MANIFEST ${ZAMGEN_GEN_DIR}/manifest.tsv)
 

@@ -68,6 +68,18 @@ Ref Graph::add(Ref x, Ref y) {
     return make(Op::Sub, p, q, 0, wide);
 }
 
+Ref Graph::sub_as_written(Ref x, Ref y) {
+    if (x.neg || y.neg || x.is_zero() || y.is_zero() || x.id == y.id) return sub(x, y);
+    return make(Op::Sub, x.id, y.id, 0, node(x.id).wide || node(y.id).wide);
+}
+
+Ref Graph::orient(Ref v) {
+    if (!v.neg || v.is_zero()) return v;
+    const Node& n = node(v.id);
+    if (n.op != Op::Sub) return v;
+    return sub_as_written(Ref{n.b, false}, Ref{n.a, false});
+}
+
 Ref Graph::mul(DD c, Ref x) {
     if (x.is_zero()) return x;
     const double v = c.to_double();

@@ -61,6 +61,13 @@ public:
     Ref sub(Ref x, Ref y) { return add(x, -y); }
     Ref mul(DD c, Ref x);
     Ref mul(double c, Ref x) { return mul(DD(c), x); }
+    // A difference built as written, without reusing an existing y - x: gives
+    // a stored value its sign without a negation.
+    Ref sub_as_written(Ref x, Ref y);
+    // v itself when it is positive; a negated difference a - b becomes b - a.
+    // Anything else stays negated.
+    Ref orient(Ref v);
+
     // Ends a double-precision combination: in the single-precision codelet the
     // value is rounded to float here; a value that is already float is
     // returned as it is.

@@ -46,10 +46,12 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string dir = argv[1];
-    std::vector<int> complex_lengths;
-    for (int n = 2; n <= 64; ++n) complex_lengths.push_back(n);
+    std::vector<int> lengths;
+    for (int n = 2; n <= 64; ++n) lengths.push_back(n);
     const std::vector<Family> families{
-        {"dft_complex", zg::complex_codelets, complex_lengths},
+        {"dft_complex", zg::complex_codelets, lengths},
+        {"dft_real_fwd", zg::real_forward_codelets, lengths},
+        {"dft_real_inv", zg::real_inverse_codelets, lengths},
     };
 
     std::ostringstream manifest;

@@ -140,6 +140,38 @@ ZAMGEN_API const ZamLibVersion* zamgenGetLibVersion(void);
 
 ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_CTOC)
 
+/* ---- Real DFT codelets ---------------------------------------------------
+ * Forward: N real samples to the half spectrum X[k] = R[k] + i I[k],
+ * k = 0..N/2, in one of three layouts (I[0] and, for even N, I[N/2] are 0):
+ *
+ *   CCS   R[k] at 2k, I[k] at 2k+1, k = 0..N/2: N+2 elements (even N) or N+1
+ *         (odd N); elements 1 and (even N) N+1 are written as +0.0.
+ *   Pack  R[0], then R[k], I[k] at 2k-1, 2k for 0 < k < N/2, then (even N)
+ *         R[N/2] last: N elements.
+ *   Perm  even N: R[0], R[N/2], then R[k], I[k] at 2k, 2k+1; odd N: as Pack.
+ *
+ *   zamgDFTFwd_RToCCS_<N>_32f|64f, zamgDFTFwd_RToPack_<N>_..., zamgDFTFwd_RToPerm_<N>_...
+ *
+ * Inverse: the N real samples of the conjugate-symmetric spectrum given by its
+ * half, x[n] = s * (R[0] + 2 sum (R[k] cos - I[k] sin)(2 pi n k / N) + (-1)^n R[N/2]).
+ * The CCS inverse never reads elements 1 and N+1.
+ *
+ *   zamgDFTInv_CCSToR_<N>_32f|64f, zamgDFTInv_PackToR_<N>_..., zamgDFTInv_PermToR_<N>_...
+ *
+ * A forward call may write into its source array (in place) when that array
+ * has room for the whole output.
+ */
+#define ZAM_DECLARE_REAL_PREC(N, T)                                                              \
+    ZAMGEN_API ZamStatus zamgDFTFwd_RToCCS_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag);  \
+    ZAMGEN_API ZamStatus zamgDFTFwd_RToPack_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag); \
+    ZAMGEN_API ZamStatus zamgDFTFwd_RToPerm_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag); \
+    ZAMGEN_API ZamStatus zamgDFTInv_CCSToR_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag);  \
+    ZAMGEN_API ZamStatus zamgDFTInv_PackToR_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag); \
+    ZAMGEN_API ZamStatus zamgDFTInv_PermToR_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag);
+#define ZAM_DECLARE_REAL(N) ZAM_DECLARE_REAL_PREC(N, 32f) ZAM_DECLARE_REAL_PREC(N, 64f)
+
+ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_REAL)
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

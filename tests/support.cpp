@@ -15,6 +15,30 @@ const std::vector<ComplexCodelets>& complex_codelets() {
     return table;
 }
 
+const std::vector<RealCodelets>& real_codelets() {
+#define ZT_REAL_ENTRY(N)                                                                          \
+    RealCodelets{N,                                                                               \
+                 {zamgDFTFwd_RToCCS_##N##_32f, zamgDFTFwd_RToPack_##N##_32f, zamgDFTFwd_RToPerm_##N##_32f}, \
+                 {zamgDFTInv_CCSToR_##N##_32f, zamgDFTInv_PackToR_##N##_32f, zamgDFTInv_PermToR_##N##_32f}, \
+                 {zamgDFTFwd_RToCCS_##N##_64f, zamgDFTFwd_RToPack_##N##_64f, zamgDFTFwd_RToPerm_##N##_64f}, \
+                 {zamgDFTInv_CCSToR_##N##_64f, zamgDFTInv_PackToR_##N##_64f, zamgDFTInv_PermToR_##N##_64f}},
+    static const std::vector<RealCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_REAL_ENTRY)};
+#undef ZT_REAL_ENTRY
+    return table;
+}
+
+int re_index(Layout l, int n, int k) {
+    if (l == kCCS) return 2 * k;
+    if (k == 0) return 0;
+    if (2 * k == n) return l == kPack ? n - 1 : 1;
+    return (l == kPerm && n % 2 == 0) ? 2 * k : 2 * k - 1;
+}
+
+int im_index(Layout l, int n, int k) {
+    if (l == kCCS) return 2 * k + 1;
+    return (l == kPerm && n % 2 == 0) ? 2 * k + 1 : 2 * k;
+}
+
 CLD root_of_unity(long e, long n, int sign) {
     long r = e % n;
     if (r < 0) r += n;

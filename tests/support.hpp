@@ -31,6 +31,26 @@ struct ComplexCodelets {
 // Every complex codelet the library exports, by length.
 const std::vector<ComplexCodelets>& complex_codelets();
 
+// The packed real spectrum layouts.
+enum Layout { kCCS = 0, kPack = 1, kPerm = 2 };
+inline constexpr Layout kLayouts[] = {kCCS, kPack, kPerm};
+inline const char* layout_name(Layout l) { return l == kCCS ? "CCS" : l == kPack ? "Pack" : "Perm"; }
+
+struct RealCodelets {
+    int n;
+    CodeletFn<Zam32f> fwd32[3], inv32[3];  // by Layout
+    CodeletFn<Zam64f> fwd64[3], inv64[3];
+};
+
+// Every real codelet the library exports, by length.
+const std::vector<RealCodelets>& real_codelets();
+
+// Elements of a packed spectrum of length n in a layout.
+inline int packed_size(Layout l, int n) { return l == kCCS ? (n % 2 ? n + 1 : n + 2) : n; }
+// Where R[k] (k = 0..n/2) and I[k] (0 < k < n/2) are stored, from the layout's definition.
+int re_index(Layout l, int n, int k);
+int im_index(Layout l, int n, int k);
+
 // exp(sign * 2*pi*i * e / n) with the exponent reduced first.
 CLD root_of_unity(long e, long n, int sign);
 

@@ -35,6 +35,41 @@ const std::map<int, Budget> kComplexBudget{
     {62, {768, 1508}}, {63, {604, 1100}}, {64, {248, 928}},
 };
 
+// Forward real DFT codelets (any layout): products by constants, additions
+// (0.0 - v stores included).
+const std::map<int, Budget> kRealForwardBudget{
+    {2, {0, 2}},     {3, {2, 5}},      {4, {0, 7}},      {5, {8, 13}},     {6, {4, 15}},
+    {7, {18, 25}},   {8, {2, 23}},     {9, {20, 35}},    {10, {16, 37}},   {11, {50, 61}},
+    {12, {8, 41}},   {13, {41, 80}},   {14, {36, 65}},   {15, {34, 67}},   {16, {12, 64}},
+    {17, {54, 121}}, {18, {40, 86}},   {19, {108, 168}}, {20, {32, 91}},   {21, {68, 118}},
+    {22, {100, 147}}, {23, {242, 304}}, {24, {22, 109}},  {25, {112, 158}}, {26, {82, 189}},
+    {27, {110, 172}}, {28, {72, 157}},  {29, {210, 314}}, {30, {68, 167}},  {31, {192, 322}},
+    {32, {44, 168}},  {33, {172, 252}}, {34, {108, 274}}, {35, {146, 236}}, {36, {80, 208}},
+    {37, {228, 408}}, {38, {216, 378}}, {39, {149, 321}}, {40, {74, 231}},  {41, {242, 453}},
+    {42, {136, 276}}, {43, {352, 541}}, {44, {200, 337}}, {45, {172, 311}}, {46, {484, 657}},
+    {47, {1058, 1269}}, {48, {68, 280}}, {49, {324, 419}}, {50, {224, 372}}, {51, {196, 464}},
+    {52, {164, 428}}, {53, {456, 858}}, {54, {220, 395}}, {55, {338, 486}}, {56, {158, 382}},
+    {57, {362, 620}}, {58, {420, 684}}, {59, {954, 1350}}, {60, {136, 392}}, {61, {415, 776}},
+    {62, {384, 715}}, {63, {302, 506}}, {64, {132, 417}},
+};
+
+// Inverse real DFT codelets (any layout): products (doublings included), additions.
+const std::map<int, Budget> kRealInverseBudget{
+    {2, {0, 2}},     {3, {3, 4}},      {4, {2, 6}},      {5, {12, 12}},    {6, {8, 14}},
+    {7, {24, 24}},   {8, {8, 20}},     {9, {25, 32}},    {10, {24, 34}},   {11, {60, 68}},
+    {12, {16, 38}},  {13, {56, 80}},   {14, {48, 62}},   {15, {47, 64}},   {16, {26, 58}},
+    {17, {68, 116}}, {18, {52, 82}},   {19, {128, 164}}, {20, {50, 86}},   {21, {87, 112}},
+    {22, {120, 158}}, {23, {264, 284}}, {24, {44, 104}},  {25, {136, 152}}, {26, {112, 186}},
+    {27, {125, 164}}, {28, {98, 150}},  {29, {238, 306}}, {30, {94, 158}},  {31, {224, 316}},
+    {32, {72, 156}},  {33, {203, 268}}, {34, {136, 266}}, {35, {180, 228}}, {36, {106, 198}},
+    {37, {272, 402}}, {38, {256, 366}}, {39, {180, 308}}, {40, {112, 220}}, {41, {282, 444}},
+    {42, {176, 266}}, {43, {394, 532}}, {44, {242, 358}}, {45, {206, 300}}, {46, {528, 614}},
+    {47, {1104, 1260}}, {48, {118, 270}}, {49, {372, 408}}, {50, {272, 354}}, {51, {245, 448}},
+    {52, {210, 414}}, {53, {502, 840}}, {54, {250, 382}}, {55, {392, 512}}, {56, {212, 368}},
+    {57, {423, 604}}, {58, {476, 670}}, {59, {1012, 1340}}, {60, {194, 374}}, {61, {478, 762}},
+    {62, {448, 694}}, {63, {361, 488}}, {64, {196, 400}},
+};
+
 bool starts_with(const std::string& s, const char* p) { return s.rfind(p, 0) == 0; }
 
 TEST(Manifest, ListsEveryComplexCodeletOnce) {
@@ -63,6 +98,39 @@ TEST(Manifest, ComplexCodeletsStayWithinTheirBudgets) {
             EXPECT_EQ(row.adds, it->second.adds) << name;
         }
     }
+}
+
+TEST(Manifest, ListsEveryRealCodeletOnce) {
+    std::map<std::string, int> seen;
+    for (const auto& [name, row] : read_manifest()) ++seen[name];
+    for (const RealCodelets& e : real_codelets()) {
+        const std::string n = std::to_string(e.n);
+        for (const char* fam : {"zamgDFTFwd_RToCCS_", "zamgDFTFwd_RToPack_", "zamgDFTFwd_RToPerm_",
+                                "zamgDFTInv_CCSToR_", "zamgDFTInv_PackToR_", "zamgDFTInv_PermToR_"})
+            for (const char* type : {"_32f", "_64f"}) EXPECT_EQ(seen[fam + n + type], 1) << fam << n << type;
+    }
+}
+
+TEST(Manifest, RealCodeletsStayWithinTheirBudgets) {
+    // All layouts and precisions of one length and direction make the same
+    // number of products; the layouts may differ only in where values go.
+    std::map<std::pair<int, bool>, int> muls;
+    int rows = 0;
+    for (const auto& [name, row] : read_manifest()) {
+        const bool fwd = starts_with(name, "zamgDFTFwd_RTo");
+        const bool inv = starts_with(name, "zamgDFTInv_") && name.find("ToR_") != std::string::npos;
+        if (!fwd && !inv) continue;
+        ++rows;
+        const Budget b = (fwd ? kRealForwardBudget : kRealInverseBudget).at(row.n);
+        EXPECT_LE(row.muls, b.muls) << name;
+        EXPECT_LE(row.adds, b.adds) << name;
+        EXPECT_EQ(row.negs, 0) << name;
+        auto [it, fresh] = muls.emplace(std::make_pair(row.n, fwd), row.muls);
+        if (!fresh) {
+            EXPECT_EQ(row.muls, it->second) << name;
+        }
+    }
+    EXPECT_EQ(rows, 756);
 }
 
 TEST(Manifest, PowersOfTwoAndDirectPrimesMeetTheirCountsExactly) {

@@ -56,9 +56,14 @@ CxVec direct_odd(Graph& g, const CxVec& x, int sign) {
     const int n = static_cast<int>(x.size());
     const int m = (n - 1) / 2;
     CxVec a(static_cast<size_t>(m + 1)), b(static_cast<size_t>(m + 1));
+    // The differences are oriented by the exponent sign, b[j] = sign*(x[j] - x[n-j]),
+    // so that y[k] = c + i*s in both directions: for real input the imaginary
+    // parts come out as positive sums.
     for (int j = 1; j <= m; ++j) {
-        a[static_cast<size_t>(j)] = cadd(g, x[static_cast<size_t>(j)], x[static_cast<size_t>(n - j)]);
-        b[static_cast<size_t>(j)] = csub(g, x[static_cast<size_t>(j)], x[static_cast<size_t>(n - j)]);
+        const Cx& p = x[static_cast<size_t>(j)];
+        const Cx& q = x[static_cast<size_t>(n - j)];
+        a[static_cast<size_t>(j)] = cadd(g, p, q);
+        b[static_cast<size_t>(j)] = sign > 0 ? csub(g, p, q) : csub(g, q, p);
     }
     CxVec y(static_cast<size_t>(n));
     Cx y0 = x[0];
@@ -75,8 +80,7 @@ CxVec direct_odd(Graph& g, const CxVec& x, int sign) {
         }
         c = cround(g, c);
         s = cround(g, s);
-        // y[k] = c + sign*i*s, y[n-k] = c - sign*i*s
-        Cx is = cmul_i(s, sign);
+        Cx is = cmul_i(s, +1);
         y[static_cast<size_t>(k)] = cadd(g, c, is);
         y[static_cast<size_t>(n - k)] = csub(g, c, is);
     }

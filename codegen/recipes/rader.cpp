@@ -378,9 +378,11 @@ CxVec rader_with(Graph& g, const CxVec& x, int sign, Weights wcos, Weights wsin)
         p = p * r % n;
     }
     CxVec a(idx(m + 1)), b(idx(m + 1));
+    // b[n] = sign*(x[n] - x[N-n]) makes y[k] = x0 + C[k] + i*S'[k] in both
+    // directions, with positive sine sums for real input.
     for (int j = 1; j <= m; ++j) {
         a[idx(j)] = cadd(g, x[idx(j)], x[idx(n - j)]);
-        b[idx(j)] = csub(g, x[idx(j)], x[idx(n - j)]);
+        b[idx(j)] = sign > 0 ? csub(g, x[idx(j)], x[idx(n - j)]) : csub(g, x[idx(n - j)], x[idx(j)]);
     }
     std::vector<DD> kc(idx(m)), ks(idx(m));
     for (int t = 0; t < m; ++t) {
@@ -421,7 +423,7 @@ CxVec rader_with(Graph& g, const CxVec& x, int sign, Weights wcos, Weights wsin)
         Cx c{cr[idx(l)], ci[idx(l)]};
         Cx s{sr[idx(l)], si[idx(l)]};
         if (sg[idx(l)] < 0) s = cneg(s);
-        Cx is = cmul_i(s, sign);
+        Cx is = cmul_i(s, +1);
         y[idx(k)] = cadd(g, c, is);
         y[idx(n - k)] = csub(g, c, is);
     }
