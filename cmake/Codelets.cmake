@@ -32,7 +32,7 @@ endif()
 
 set(ZAMGEN_GENERATED_SOURCES)
 foreach(n IN LISTS ZAMGEN_LENGTHS)
-  foreach(family dft_complex dft_real_fwd dft_real_inv)
+  foreach(family dft_complex dft_real_fwd dft_real_inv hartley)
     list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/${family}_${n}.cpp)
   endforeach()
 endforeach()

@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
         {"dft_complex", zg::complex_codelets, lengths},
         {"dft_real_fwd", zg::real_forward_codelets, lengths},
         {"dft_real_inv", zg::real_inverse_codelets, lengths},
+        {"hartley", zg::hartley_codelets, lengths},
     };
 
     std::ostringstream manifest;

@@ -79,6 +79,51 @@ int main(void)
     zamgDFTFwd_CToC_47_64fc(x, y, ZAM_NODIV_BY_ANY);
     print_spectrum("zamgDFTFwd_CToC_47_64fc of the same tones, flag ZAM_NODIV_BY_ANY:", 47, y);
 
+    /* Real input: the half spectrum in the CCS layout, and back. */
+    {
+        Zam64f r[12], spec[14], back[12];
+        for (int k = 0; k < 12; ++k) r[k] = cos(2.0 * PI * 2.0 * k / 12) + 0.25;
+        zamgDFTFwd_RToCCS_12_64f(r, spec, ZAM_DIV_FWD_BY_N);
+        printf("zamgDFTFwd_RToCCS_12_64f of 0.25 + cos(2 pi 2 k / 12), flag ZAM_DIV_FWD_BY_N:\n ");
+        for (int k = 0; k < 14; ++k) printf(" %.3f", clean(spec[k]));
+        zamgDFTInv_CCSToR_12_64f(spec, back, ZAM_DIV_FWD_BY_N);
+        double err = 0.0;
+        for (int k = 0; k < 12; ++k) err = fmax(err, fabs(back[k] - r[k]));
+        printf("\n  zamgDFTInv_CCSToR_12_64f restores it: max error %.2e\n\n", err);
+    }
+
+    /* Hartley: its own inverse up to N. */
+    {
+        const Zam32f h[6] = {1.0f, 2.0f, 0.0f, -1.0f, 0.5f, 3.0f};
+        Zam32f y6[6], z6[6];
+        zamgHartley_6_32f(h, y6, ZAM_NODIV_BY_ANY);
+        zamgHartley_6_32f(y6, z6, ZAM_DIV_FWD_BY_N);
+        printf("zamgHartley_6_32f of (1, 2, 0, -1, 0.5, 3):\n ");
+        for (int k = 0; k < 6; ++k) printf(" %.4f", y6[k]);
+        printf("\n  applied again with ZAM_DIV_FWD_BY_N:\n ");
+        for (int k = 0; k < 6; ++k) printf(" %.4f", z6[k]);
+        printf("\n\n");
+    }
+
+    /* Dispatchers: the length chosen at run time. */
+    {
+        Zam32fc c[64], d[64];
+        for (int k = 0; k < 64; ++k) {
+            c[k].re = (float)(k % 7);
+            c[k].im = 0.0f;
+        }
+        printf("Dispatchers (length at run time):\n");
+        const int32_t lens[4] = {2, 37, 64, 65};
+        for (int i = 0; i < 4; ++i) {
+            const ZamStatus st = zamgDFTFwd_CToC_32fc(c, d, lens[i], ZAM_NODIV_BY_ANY);
+            if (st == ZAM_STS_OK)
+                printf("  zamgDFTFwd_CToC_32fc, length %2d: status %d, y[0] = %.1f\n", lens[i], st, d[0].re);
+            else
+                printf("  zamgDFTFwd_CToC_32fc, length %2d: status %d (ZAM_STS_SIZE_ERR)\n", lens[i], st);
+        }
+        printf("\n");
+    }
+
     printf("Round trips, forward then inverse with the same flag:\n");
     round_trip(8, zamgDFTFwd_CToC_8_32fc, zamgDFTInv_CToC_8_32fc, zamgDFTFwd_CToC_8_64fc,
                zamgDFTInv_CToC_8_64fc);

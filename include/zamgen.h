@@ -172,6 +172,42 @@ ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_CTOC)
 
 ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_REAL)
 
+/* ---- Hartley codelets ----------------------------------------------------
+ *   zamgHartley_<N>_32f|64f:  y[k] = s * sum_n x[n] (cos + sin)(2 pi n k / N)
+ * The transform is its own inverse up to N: flags 1 and 2 both scale by 1/N,
+ * 4 by 1/sqrt(N), 8 by 1.
+ */
+#define ZAM_DECLARE_HARTLEY(N)                                                                  \
+    ZAMGEN_API ZamStatus zamgHartley_##N##_32f(const Zam32f* pSrc, Zam32f* pDst, uint32_t flag); \
+    ZAMGEN_API ZamStatus zamgHartley_##N##_64f(const Zam64f* pSrc, Zam64f* pDst, uint32_t flag);
+
+ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_HARTLEY)
+
+/* ---- Length dispatchers --------------------------------------------------
+ * Each calls the codelet of the given length (2 to 64) of its family and
+ * returns its status.  A length outside 2..64 returns ZAM_STS_SIZE_ERR before
+ * anything else is looked at (so even with null pointers); pointers and flag
+ * are then checked by the codelet.
+ */
+ZAMGEN_API ZamStatus zamgDFTFwd_CToC_32fc(const Zam32fc* pSrc, Zam32fc* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_CToC_64fc(const Zam64fc* pSrc, Zam64fc* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_CToC_32fc(const Zam32fc* pSrc, Zam32fc* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_CToC_64fc(const Zam64fc* pSrc, Zam64fc* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_RToCCS_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_RToCCS_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_RToPack_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_RToPack_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_RToPerm_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTFwd_RToPerm_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_CCSToR_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_CCSToR_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_PackToR_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_PackToR_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_PermToR_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgDFTInv_PermToR_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgHartley_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
+ZAMGEN_API ZamStatus zamgHartley_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

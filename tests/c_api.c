@@ -20,6 +20,11 @@ int zt_c_api_check(void)
     if (zamgDFTInv_CToC_8_32fc(NULL, y, ZAM_DIV_FWD_BY_N) != ZAM_STS_NULL_PTR_ERR) return 4;
     if (zamgDFTInv_CToC_8_32fc(x, y, 3u) != ZAM_STS_FLAG_ERR) return 5;
 
+    Zam64f r[6] = {1, 2, 3, 4, 5, 6}, spec[8], h[6];
+    if (zamgDFTFwd_RToCCS_64f(r, spec, 6, ZAM_NODIV_BY_ANY) != ZAM_STS_OK || spec[0] != 21.0) return 8;
+    if (zamgDFTFwd_RToCCS_64f(r, spec, 65, ZAM_NODIV_BY_ANY) != ZAM_STS_SIZE_ERR) return 9;
+    if (zamgHartley_6_64f(r, h, ZAM_NODIV_BY_ANY) != ZAM_STS_OK || h[0] != 21.0) return 10;
+
     Zam64fc* p = (Zam64fc*)zamMalloc(64 * sizeof(Zam64fc));
     if (p == NULL || ((uintptr_t)p % 64) != 0) return 6;
     zamFree(p);

@@ -27,6 +27,13 @@ const std::vector<RealCodelets>& real_codelets() {
     return table;
 }
 
+const std::vector<HartleyCodelets>& hartley_codelets() {
+#define ZT_HARTLEY_ENTRY(N) HartleyCodelets{N, zamgHartley_##N##_32f, zamgHartley_##N##_64f},
+    static const std::vector<HartleyCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_HARTLEY_ENTRY)};
+#undef ZT_HARTLEY_ENTRY
+    return table;
+}
+
 int re_index(Layout l, int n, int k) {
     if (l == kCCS) return 2 * k;
     if (k == 0) return 0;

@@ -45,6 +45,15 @@ struct RealCodelets {
 // Every real codelet the library exports, by length.
 const std::vector<RealCodelets>& real_codelets();
 
+struct HartleyCodelets {
+    int n;
+    CodeletFn<Zam32f> h32;
+    CodeletFn<Zam64f> h64;
+};
+
+// Every Hartley codelet the library exports, by length.
+const std::vector<HartleyCodelets>& hartley_codelets();
+
 // Elements of a packed spectrum of length n in a layout.
 inline int packed_size(Layout l, int n) { return l == kCCS ? (n % 2 ? n + 1 : n + 2) : n; }
 // Where R[k] (k = 0..n/2) and I[k] (0 < k < n/2) are stored, from the layout's definition.

@@ -17,4 +17,7 @@ std::vector<Codelet> real_forward_codelets(int n);
 // zamgDFTInv_CCSToR, _PackToR and _PermToR of length n.
 std::vector<Codelet> real_inverse_codelets(int n);
 
+// zamgHartley of length n.
+std::vector<Codelet> hartley_codelets(int n);
+
 } // namespace zg
