@@ -47,7 +47,10 @@ struct Counts {
     int negs = 0;   // outputs stored negated (sign flips, not arithmetic)
 };
 
-Counts count(const Codelet& c);
+// The live operations of a graph that the given stores (or values) need.
+Counts count(const Graph& g, const std::vector<Output>& outs);
+Counts count(const Graph& g, const std::vector<Ref>& values);
+inline Counts count(const Codelet& c) { return count(*c.g, c.outs); }
 
 // The C++ source of the exported function for one precision.
 std::string emit(const Codelet& c, Prec p);

@@ -13,13 +13,12 @@ std::string finish_literal(std::string s) {
     return s;
 }
 
-// Marks the nodes that some output depends on.
-std::vector<char> live_nodes(const Codelet& c) {
-    const Graph& g = *c.g;
+// Marks the nodes that the given values depend on.
+std::vector<char> live_nodes(const Graph& g, const std::vector<Ref>& roots) {
     std::vector<char> live(g.size(), 0);
     std::vector<int32_t> stack;
-    for (const Output& o : c.outs)
-        if (!o.v.is_zero()) stack.push_back(o.v.id);
+    for (Ref r : roots)
+        if (!r.is_zero()) stack.push_back(r.id);
     while (!stack.empty()) {
         int32_t id = stack.back();
         stack.pop_back();
@@ -41,6 +40,12 @@ std::vector<char> live_nodes(const Codelet& c) {
         }
     }
     return live;
+}
+
+std::vector<Ref> roots_of(const std::vector<Output>& outs) {
+    std::vector<Ref> r;
+    for (const Output& o : outs) r.push_back(o.v);
+    return r;
 }
 
 const char* element_type(const Codelet& c, Prec p) {
@@ -82,9 +87,8 @@ std::string Codelet::name(Prec p) const {
     return s;
 }
 
-Counts count(const Codelet& c) {
-    const Graph& g = *c.g;
-    std::vector<char> live = live_nodes(c);
+Counts count(const Graph& g, const std::vector<Ref>& values) {
+    const std::vector<char> live = live_nodes(g, values);
     Counts k;
     for (size_t i = 0; i < g.size(); ++i) {
         if (!live[i]) continue;
@@ -95,7 +99,12 @@ Counts count(const Codelet& c) {
         default: break;
         }
     }
-    for (const Output& o : c.outs) {
+    return k;
+}
+
+Counts count(const Graph& g, const std::vector<Output>& outs) {
+    Counts k = count(g, roots_of(outs));
+    for (const Output& o : outs) {
         if (o.mode == Store::ZeroMinus || o.mode == Store::WideZeroMinus) ++k.adds;
         else if (o.mode != Store::ZeroConst && o.v.neg) ++k.negs;
     }
@@ -106,7 +115,7 @@ std::string emit(const Codelet& c, Prec p) {
     const Graph& g = *c.g;
     const bool single = p == Prec::F32;
     const char* real_t = single ? "float" : "double";
-    std::vector<char> live = live_nodes(c);
+    std::vector<char> live = live_nodes(g, roots_of(c.outs));
     std::vector<std::string> names(g.size());
     std::ostringstream out;
 

@@ -1,36 +1,32 @@
 #include "support.hpp"
 
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 
 namespace zt {
 
 const std::vector<ComplexCodelets>& complex_codelets() {
-#define ZT_COMPLEX_ENTRY(N)                                                                 \
-    ComplexCodelets{N, zamgDFTFwd_CToC_##N##_32fc, zamgDFTInv_CToC_##N##_32fc,              \
-                    zamgDFTFwd_CToC_##N##_64fc, zamgDFTInv_CToC_##N##_64fc},
-    static const std::vector<ComplexCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_COMPLEX_ENTRY)};
-#undef ZT_COMPLEX_ENTRY
+#define ZT_COMPLEX(N) {N, zamgDFTFwd_CToC_##N##_32fc, zamgDFTInv_CToC_##N##_32fc, zamgDFTFwd_CToC_##N##_64fc, zamgDFTInv_CToC_##N##_64fc},
+    static const std::vector<ComplexCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_COMPLEX)};
     return table;
 }
 
 const std::vector<RealCodelets>& real_codelets() {
-#define ZT_REAL_ENTRY(N)                                                                          \
-    RealCodelets{N,                                                                               \
-                 {zamgDFTFwd_RToCCS_##N##_32f, zamgDFTFwd_RToPack_##N##_32f, zamgDFTFwd_RToPerm_##N##_32f}, \
-                 {zamgDFTInv_CCSToR_##N##_32f, zamgDFTInv_PackToR_##N##_32f, zamgDFTInv_PermToR_##N##_32f}, \
-                 {zamgDFTFwd_RToCCS_##N##_64f, zamgDFTFwd_RToPack_##N##_64f, zamgDFTFwd_RToPerm_##N##_64f}, \
-                 {zamgDFTInv_CCSToR_##N##_64f, zamgDFTInv_PackToR_##N##_64f, zamgDFTInv_PermToR_##N##_64f}},
-    static const std::vector<RealCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_REAL_ENTRY)};
-#undef ZT_REAL_ENTRY
+#define ZT_REAL(N)                                                                                         \
+    {N,                                                                                                    \
+     {zamgDFTFwd_RToCCS_##N##_32f, zamgDFTFwd_RToPack_##N##_32f, zamgDFTFwd_RToPerm_##N##_32f},            \
+     {zamgDFTInv_CCSToR_##N##_32f, zamgDFTInv_PackToR_##N##_32f, zamgDFTInv_PermToR_##N##_32f},            \
+     {zamgDFTFwd_RToCCS_##N##_64f, zamgDFTFwd_RToPack_##N##_64f, zamgDFTFwd_RToPerm_##N##_64f},            \
+     {zamgDFTInv_CCSToR_##N##_64f, zamgDFTInv_PackToR_##N##_64f, zamgDFTInv_PermToR_##N##_64f}},
+    static const std::vector<RealCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_REAL)};
     return table;
 }
 
 const std::vector<HartleyCodelets>& hartley_codelets() {
-#define ZT_HARTLEY_ENTRY(N) HartleyCodelets{N, zamgHartley_##N##_32f, zamgHartley_##N##_64f},
-    static const std::vector<HartleyCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_HARTLEY_ENTRY)};
-#undef ZT_HARTLEY_ENTRY
+#define ZT_HARTLEY(N) {N, zamgHartley_##N##_32f, zamgHartley_##N##_64f},
+    static const std::vector<HartleyCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_HARTLEY)};
     return table;
 }
 
@@ -41,34 +37,146 @@ int re_index(Layout l, int n, int k) {
     return (l == kPerm && n % 2 == 0) ? 2 * k : 2 * k - 1;
 }
 
-int im_index(Layout l, int n, int k) {
-    if (l == kCCS) return 2 * k + 1;
-    return (l == kPerm && n % 2 == 0) ? 2 * k + 1 : 2 * k;
-}
+int im_index(Layout l, int n, int k) { return re_index(l, n, k) + 1; }
 
 CLD root_of_unity(long e, long n, int sign) {
     long r = e % n;
     if (r < 0) r += n;
-    const LD a = 2 * kPi * static_cast<LD>(r) / static_cast<LD>(n);
+    const LD a = 2 * 3.141592653589793238462643383279502884L * static_cast<LD>(r) / static_cast<LD>(n);
     return {std::cos(a), sign * std::sin(a)};
 }
 
 std::vector<CLD> reference_dft(const std::vector<CLD>& x, int sign) {
     const long n = static_cast<long>(x.size());
     std::vector<CLD> y(x.size());
-    for (long k = 0; k < n; ++k) {
-        CLD acc = 0;
-        for (long j = 0; j < n; ++j) acc += x[static_cast<size_t>(j)] * root_of_unity(j * k, n, sign);
-        y[static_cast<size_t>(k)] = acc;
+    for (long k = 0; k < n; ++k)
+        for (long j = 0; j < n; ++j) y[static_cast<size_t>(k)] += x[static_cast<size_t>(j)] * root_of_unity(j * k, n, sign);
+    return y;
+}
+
+namespace {
+
+// ---- References on scalar arrays -------------------------------------------
+
+Scalars complex_dft(const Scalars& x, int sign) {
+    std::vector<CLD> z(x.size() / 2);
+    for (size_t k = 0; k < z.size(); ++k) z[k] = {x[2 * k], x[2 * k + 1]};
+    Scalars y;
+    for (const CLD& v : reference_dft(z, sign)) {
+        y.push_back(v.real());
+        y.push_back(v.imag());
     }
     return y;
 }
 
-LD relative_rms(const std::vector<CLD>& a, const std::vector<CLD>& b) {
+Scalars real_forward(const Scalars& x, Layout l) {
+    const int n = static_cast<int>(x.size());
+    const std::vector<CLD> X = reference_dft(std::vector<CLD>(x.begin(), x.end()), -1);
+    Scalars y(static_cast<size_t>(packed_size(l, n)), 0);
+    for (int k = 0; 2 * k <= n; ++k) {
+        y[static_cast<size_t>(re_index(l, n, k))] = X[static_cast<size_t>(k)].real();
+        if (k > 0 && 2 * k != n) y[static_cast<size_t>(im_index(l, n, k))] = X[static_cast<size_t>(k)].imag();
+    }
+    return y;
+}
+
+Scalars real_inverse(const Scalars& packed, Layout l, int n) {
+    std::vector<CLD> full(static_cast<size_t>(n));
+    for (int k = 0; 2 * k <= n; ++k) {
+        const LD re = packed[static_cast<size_t>(re_index(l, n, k))];
+        const LD im = k > 0 && 2 * k != n ? packed[static_cast<size_t>(im_index(l, n, k))] : 0;
+        full[static_cast<size_t>(k)] = {re, im};
+        if (k > 0) full[static_cast<size_t>(n - k)] = {re, -im};
+    }
+    Scalars x;
+    for (const CLD& v : reference_dft(full, +1)) x.push_back(v.real());
+    return x;
+}
+
+Scalars hartley(const Scalars& x) {
+    Scalars y;
+    for (const CLD& v : reference_dft(std::vector<CLD>(x.begin(), x.end()), +1)) y.push_back(v.real() + v.imag());
+    return y;
+}
+
+// A codelet of element type T behind the uniform interface.
+template <class T, class S>
+std::function<ZamStatus(const void*, void*, uint32_t)> erase(CodeletFn<T> fn) {
+    return [fn](const void* s, void* d, uint32_t f) { return fn(static_cast<const T*>(s), static_cast<T*>(d), f); };
+}
+
+template <class T, class S>
+Case make(std::string name, int n, int in, int out, int dir, CodeletFn<T> fn,
+          std::function<Scalars(const Scalars&)> ref) {
+    return Case{std::move(name), n, std::is_same_v<S, float>, in, out, dir, erase<T, S>(fn), std::move(ref)};
+}
+
+std::vector<Case> build_cases() {
+    std::vector<Case> c;
+    c.reserve(1134);
+    for (const ComplexCodelets& e : complex_codelets()) {
+        const std::string n = std::to_string(e.n);
+        auto fwd = [](const Scalars& x) { return complex_dft(x, -1); };
+        auto inv = [](const Scalars& x) { return complex_dft(x, +1); };
+        c.push_back(make<Zam32fc, float>("zamgDFTFwd_CToC_" + n + "_32fc", e.n, 2 * e.n, 2 * e.n, -1, e.fwd32, fwd));
+        c.push_back(make<Zam32fc, float>("zamgDFTInv_CToC_" + n + "_32fc", e.n, 2 * e.n, 2 * e.n, +1, e.inv32, inv));
+        c.push_back(make<Zam64fc, double>("zamgDFTFwd_CToC_" + n + "_64fc", e.n, 2 * e.n, 2 * e.n, -1, e.fwd64, fwd));
+        c.push_back(make<Zam64fc, double>("zamgDFTInv_CToC_" + n + "_64fc", e.n, 2 * e.n, 2 * e.n, +1, e.inv64, inv));
+    }
+    for (const RealCodelets& e : real_codelets()) {
+        const std::string n = std::to_string(e.n);
+        for (Layout l : kLayouts) {
+            const int p = packed_size(l, e.n), len = e.n;
+            auto fwd = [l](const Scalars& x) { return real_forward(x, l); };
+            auto inv = [l, len](const Scalars& x) { return real_inverse(x, l, len); };
+            const std::string f = std::string("zamgDFTFwd_RTo") + layout_name(l) + "_" + n;
+            const std::string i = std::string("zamgDFTInv_") + layout_name(l) + "ToR_" + n;
+            c.push_back(make<Zam32f, float>(f + "_32f", e.n, e.n, p, -1, e.fwd32[l], fwd));
+            c.push_back(make<Zam32f, float>(i + "_32f", e.n, p, e.n, +1, e.inv32[l], inv));
+            c.push_back(make<Zam64f, double>(f + "_64f", e.n, e.n, p, -1, e.fwd64[l], fwd));
+            c.push_back(make<Zam64f, double>(i + "_64f", e.n, p, e.n, +1, e.inv64[l], inv));
+        }
+    }
+    for (const HartleyCodelets& e : hartley_codelets()) {
+        const std::string n = std::to_string(e.n);
+        c.push_back(make<Zam32f, float>("zamgHartley_" + n + "_32f", e.n, e.n, e.n, 0, e.h32, hartley));
+        c.push_back(make<Zam64f, double>("zamgHartley_" + n + "_64f", e.n, e.n, e.n, 0, e.h64, hartley));
+    }
+    // Round-trip partners: forward and inverse are adjacent pairs; Hartley undoes itself.
+    for (size_t i = 0; i < c.size(); ++i) {
+        if (c[i].direction < 0) c[i].inverse = &c[i + 1];
+        if (c[i].direction == 0) c[i].inverse = &c[i];
+    }
+    return c;
+}
+
+} // namespace
+
+ZamStatus Case::run(const Scalars& x, Scalars& y, uint32_t flag) const {
+    y.assign(static_cast<size_t>(out), 0);
+    ZamStatus st;
+    if (single) {
+        std::vector<float> s(x.begin(), x.end()), d(static_cast<size_t>(out));
+        st = call(s.data(), d.data(), flag);
+        std::copy(d.begin(), d.end(), y.begin());
+    } else {
+        std::vector<double> s(x.begin(), x.end()), d(static_cast<size_t>(out));
+        st = call(s.data(), d.data(), flag);
+        std::copy(d.begin(), d.end(), y.begin());
+    }
+    return st;
+}
+
+const std::vector<Case>& all_cases() {
+    static const std::vector<Case> cases = build_cases();
+    return cases;
+}
+
+LD relative_rms(const Scalars& a, const Scalars& b) {
     LD num = 0, den = 0;
-    for (size_t i = 0; i < a.size(); ++i) {
-        num += std::norm(a[i] - b[i]);
-        den += std::norm(b[i]);
+    for (size_t i = 0; i < b.size(); ++i) {
+        num += (a[i] - b[i]) * (a[i] - b[i]);
+        den += b[i] * b[i];
     }
     return std::sqrt(num / den);
 }

@@ -151,34 +151,9 @@ std::vector<double> random_inputs(size_t n, unsigned seed) {
     return v;
 }
 
-// Every complex length and direction against the defining sum.
-TEST(CodegenRecipes, ComplexDftOfEveryLength) {
-    for (int n = 2; n <= 64; ++n) {
-        for (int sign : {-1, +1}) {
-            Graph g;
-            CxVec x(static_cast<size_t>(n));
-            for (int k = 0; k < n; ++k) x[static_cast<size_t>(k)] = {g.input(2 * k), g.input(2 * k + 1)};
-            std::vector<Ref> refs;
-            for (Cx v : dft(g, x, sign)) {
-                refs.push_back(v.re);
-                refs.push_back(v.im);
-            }
-            const auto in = random_inputs(static_cast<size_t>(2 * n), static_cast<unsigned>(n));
-            const auto out = evaluate(g, in, refs);
-            for (int k = 0; k < n; ++k) {
-                Cd want = 0;
-                for (int j = 0; j < n; ++j)
-                    want += Cd(in[static_cast<size_t>(2 * j)], in[static_cast<size_t>(2 * j + 1)]) *
-                            unit(sign * double((j * k) % n) / n);
-                EXPECT_NEAR(out[static_cast<size_t>(2 * k)], want.real(), 1e-12) << n << " k " << k;
-                EXPECT_NEAR(out[static_cast<size_t>(2 * k + 1)], want.imag(), 1e-12) << n << " k " << k;
-            }
-        }
-    }
-}
-
 // Real forward transforms (half spectrum) and inverse transforms, plain and
-// with doubled middle bins, for every length.
+// with doubled middle bins (the form only the Rader convolutions use), for
+// every length.
 TEST(CodegenRecipes, RealDftsOfEveryLength) {
     for (int n = 2; n <= 64; ++n) {
         const auto in = random_inputs(static_cast<size_t>(n + 2), static_cast<unsigned>(100 + n));
@@ -217,47 +192,6 @@ TEST(CodegenRecipes, RealDftsOfEveryLength) {
                     want += (v * unit(double((j * k) % n) / n)).real();
                 }
                 EXPECT_NEAR(out[static_cast<size_t>(j)], want, 1e-12) << n << (doubled ? " doubled" : "");
-            }
-        }
-    }
-}
-
-// Odd-frequency transforms, with and without an odd factor.
-TEST(CodegenRecipes, OddFrequencyTransforms) {
-    for (int n : {2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 26, 30}) {
-        for (int sign : {-1, +1}) {
-            const auto in = random_inputs(static_cast<size_t>(n), static_cast<unsigned>(n * 7 + sign + 1));
-            Graph g;
-            std::vector<Ref> v(static_cast<size_t>(n));
-            for (int i = 0; i < n; ++i) v[static_cast<size_t>(i)] = g.input(i);
-            std::vector<Ref> refs;
-            for (Cx c : odd_rdft(g, v, sign)) {
-                refs.push_back(c.re);
-                refs.push_back(c.im);
-            }
-            const auto out = evaluate(g, in, refs);
-            for (int j = 0; j < n / 2; ++j) {
-                Cd want = 0;
-                for (int i = 0; i < n; ++i) want += in[static_cast<size_t>(i)] * unit(sign * double(i * (2 * j + 1)) / (2 * n));
-                EXPECT_NEAR(out[static_cast<size_t>(2 * j)], want.real(), 1e-12) << n;
-                EXPECT_NEAR(out[static_cast<size_t>(2 * j + 1)], want.imag(), 1e-12) << n;
-            }
-            for (bool half : {false, true}) {
-                Graph h;
-                CxVec Z(static_cast<size_t>(n / 2));
-                for (int j = 0; j < n / 2; ++j) Z[static_cast<size_t>(j)] = {h.input(2 * j), h.input(2 * j + 1)};
-                const auto zin = random_inputs(static_cast<size_t>(n), static_cast<unsigned>(n + 3));
-                const auto r = evaluate(h, zin, odd_irdft(h, Z, n, sign, half));
-                for (int i = 0; i < n; ++i) {
-                    Cd acc = 0;
-                    for (int j = 0; j < n; ++j) {
-                        const int jj = j < n / 2 ? j : n - 1 - j;
-                        Cd z(zin[static_cast<size_t>(2 * jj)], zin[static_cast<size_t>(2 * jj + 1)]);
-                        if (j >= n / 2) z = std::conj(z);
-                        acc += z * unit(-sign * double(i * (2 * j + 1)) / (2 * n));
-                    }
-                    EXPECT_NEAR(r[static_cast<size_t>(i)], half ? acc.real() / 2 : acc.real(), 1e-12) << n;
-                }
             }
         }
     }

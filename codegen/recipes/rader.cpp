@@ -25,6 +25,7 @@
 
 #include "real.hpp"
 #include "../budgets.hpp"
+#include "../codelet.hpp"
 
 #include <map>
 #include <numeric>
@@ -248,7 +249,16 @@ CxVec conv_with(Graph& g, const CxVec& u, const Kernel& kappa, bool real, Ref ba
     }
 }
 
-std::pair<int, int> live_cost(const Graph& g, const CxVec& y);
+// Live (additions, products) that the values need.
+std::pair<int, int> live_cost(const Graph& g, const CxVec& y) {
+    std::vector<Ref> refs;
+    for (Cx v : y) {
+        refs.push_back(v.re);
+        refs.push_back(v.im);
+    }
+    const Counts k = count(g, refs);
+    return {k.adds, k.muls};
+}
 
 ConvPlan best_plan(int len, bool real) {
     static std::map<std::tuple<int, bool, Weights>, ConvPlan> memo;
@@ -430,33 +440,6 @@ CxVec rader_with(Graph& g, const CxVec& x, int sign, Weights wcos, Weights wsin)
     return y;
 }
 
-// Live (additions, products) reachable from y; compared lexicographically:
-// fewer additions first, then fewer products.
-std::pair<int, int> live_cost(const Graph& g, const CxVec& y) {
-    std::vector<char> seen(g.size(), 0);
-    std::vector<int32_t> stack;
-    for (Cx v : y) {
-        if (!v.re.is_zero()) stack.push_back(v.re.id);
-        if (!v.im.is_zero()) stack.push_back(v.im.id);
-    }
-    int adds = 0, muls = 0;
-    while (!stack.empty()) {
-        int32_t id = stack.back();
-        stack.pop_back();
-        if (seen[idx(id)]) continue;
-        seen[idx(id)] = 1;
-        const Node& nd = g.node(id);
-        if (nd.op == Op::Add || nd.op == Op::Sub) {
-            ++adds;
-            stack.push_back(nd.a);
-            stack.push_back(nd.b);
-        } else if (nd.op == Op::MulC || nd.op == Op::Round) {
-            if (nd.op == Op::MulC) ++muls;
-            stack.push_back(nd.a);
-        }
-    }
-    return {adds, muls};
-}
 
 // The weightings used for the cosine and for the sine convolutions: the
 // cheapest (fewest operations) combination that stays within the length's

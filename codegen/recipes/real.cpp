@@ -10,6 +10,8 @@
 //    conjugates), a real column 0 and a quarter-wave column n2/2.
 #include "real.hpp"
 
+#include "../codelet.hpp"
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -410,28 +412,9 @@ std::vector<Ref> irdft_with(Graph& g, const CxVec& X, int n, int sign, bool doub
     }
 }
 
-// Live operations (products by constants + additions) reachable from outs.
 int cost(const Graph& g, const std::vector<Ref>& outs) {
-    std::vector<char> seen(g.size(), 0);
-    std::vector<int32_t> stack;
-    for (Ref r : outs)
-        if (!r.is_zero()) stack.push_back(r.id);
-    int ops = 0;
-    while (!stack.empty()) {
-        int32_t id = stack.back();
-        stack.pop_back();
-        if (seen[idx(id)]) continue;
-        seen[idx(id)] = 1;
-        const Node& nd = g.node(id);
-        if (nd.op == Op::Add || nd.op == Op::Sub || nd.op == Op::MulC) ++ops;
-        if (nd.op == Op::Add || nd.op == Op::Sub) {
-            stack.push_back(nd.a);
-            stack.push_back(nd.b);
-        } else if (nd.op == Op::MulC || nd.op == Op::Round) {
-            stack.push_back(nd.a);
-        }
-    }
-    return ops;
+    const Counts k = count(g, outs);
+    return k.muls + k.adds;
 }
 
 std::vector<Choice> candidates(int n, bool inverse) {

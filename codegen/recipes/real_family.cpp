@@ -126,16 +126,6 @@ bool small_forward(Graph& g, const std::vector<Ref>& x, Spectrum& s) {
     }
 }
 
-// Live (products, additions) of a set of stores: what a variant would cost.
-Counts cost_of(const Graph& g, const std::vector<Output>& outs) {
-    Codelet probe;
-    probe.g.reset(const_cast<Graph*>(&g));  // borrowed for counting only
-    probe.outs = outs;
-    Counts k = count(probe);
-    (void)probe.g.release();
-    return k;
-}
-
 bool within(Counts k, Budget b) { return k.muls <= b.muls && k.adds <= b.adds; }
 
 // Picks among variants built on one graph: the cheapest within the budget,
@@ -144,9 +134,9 @@ template <class V>
 const V& choose(const Graph& g, const std::vector<V>& variants, Budget b,
                 std::vector<Output> (*stores)(const V&)) {
     const V* best = &variants[0];
-    Counts bk = cost_of(g, stores(variants[0]));
+    Counts bk = count(g, stores(variants[0]));
     for (const V& v : variants) {
-        const Counts k = cost_of(g, stores(v));
+        const Counts k = count(g, stores(v));
         const bool fits = within(k, b), best_fits = within(bk, b);
         if ((fits && !best_fits) || (fits == best_fits && (fits ? k.muls + k.adds < bk.muls + bk.adds
                                                                 : k.adds < bk.adds))) {
