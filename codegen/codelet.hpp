@@ -38,7 +38,17 @@ struct Codelet {
     std::unique_ptr<Graph> g = std::make_unique<Graph>();
     std::vector<Output> outs;
 
+    Codelet() = default;
+    Codelet(std::string family_, int n_, ScaleRule rule_, bool complex_io_ = false)
+        : family(std::move(family_)), n(n_), complex_io(complex_io_), rule(rule_) {}
+
     std::string name(Prec p) const;
+    // The codelet's real inputs 0..count-1 as graph values.
+    std::vector<Ref> inputs(int count) {
+        std::vector<Ref> x(static_cast<size_t>(count));
+        for (int i = 0; i < count; ++i) x[static_cast<size_t>(i)] = g->input(i);
+        return x;
+    }
 };
 
 struct Counts {

@@ -62,13 +62,10 @@ bool small_hartley(Graph& g, const std::vector<Ref>& x, std::vector<Ref>& y) {
 } // namespace
 
 std::vector<Codelet> hartley_codelets(int n) {
-    Codelet c;
-    c.family = "zamgHartley";
-    c.n = n;
-    c.rule = ScaleRule::Symmetric;
+    Codelet c("zamgHartley", n, ScaleRule::Symmetric);
     Graph& g = *c.g;
-    std::vector<Ref> x(idx(n)), y(idx(n));
-    for (int i = 0; i < n; ++i) x[idx(i)] = g.input(i);
+    const std::vector<Ref> x = c.inputs(n);
+    std::vector<Ref> y(idx(n));
     if (!small_hartley(g, x, y)) {
         const CxVec X = rdft(g, x, +1);  // X[k] = C[k] + i S[k]
         y[0] = X[0].re;

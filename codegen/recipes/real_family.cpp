@@ -264,14 +264,8 @@ std::vector<Ref> inverse_samples(Graph& g, const std::vector<Ref>& R, const std:
 std::vector<Codelet> real_forward_codelets(int n) {
     std::vector<Codelet> out;
     for (Layout l : {Layout::CCS, Layout::Pack, Layout::Perm}) {
-        Codelet c;
-        c.family = forward_family(l);
-        c.n = n;
-        c.rule = ScaleRule::Forward;
-        Graph& g = *c.g;
-        std::vector<Ref> x(idx(n));
-        for (int i = 0; i < n; ++i) x[idx(i)] = g.input(i);
-        const Spectrum s = forward_spectrum(g, x);
+        Codelet c(forward_family(l), n, ScaleRule::Forward);
+        const Spectrum s = forward_spectrum(*c.g, c.inputs(n));
         for (int k = 0; 2 * k <= n; ++k) {
             c.outs.push_back({re_pos(l, n, k), s.re[idx(k)], s.re_mode[idx(k)]});
             const bool has_im = k > 0 && 2 * k != n;
@@ -286,10 +280,7 @@ std::vector<Codelet> real_forward_codelets(int n) {
 std::vector<Codelet> real_inverse_codelets(int n) {
     std::vector<Codelet> out;
     for (Layout l : {Layout::CCS, Layout::Pack, Layout::Perm}) {
-        Codelet c;
-        c.family = inverse_family(l);
-        c.n = n;
-        c.rule = ScaleRule::Inverse;
+        Codelet c(inverse_family(l), n, ScaleRule::Inverse);
         Graph& g = *c.g;
         std::vector<Ref> R(idx(n / 2 + 1)), I(idx(n / 2 + 1));
         for (int k = 0; 2 * k <= n; ++k) {
