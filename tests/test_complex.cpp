@@ -28,6 +28,26 @@ void check_impulses(CodeletFn<C> ComplexCodelets::*fn, int sign) {
     }
 }
 
+// A constant input of ones gives N at bin 0 and zeros elsewhere (to rounding).
+template <class C, class R>
+void check_constant(CodeletFn<C> ComplexCodelets::*fn) {
+    for (const ComplexCodelets& e : complex_codelets()) {
+        std::vector<C> x(static_cast<size_t>(e.n), C{1, 0}), y(x.size());
+        ASSERT_EQ((e.*fn)(x.data(), y.data(), ZAM_NODIV_BY_ANY), ZAM_STS_OK);
+        const LD tol = 4 * e.n * std::numeric_limits<R>::epsilon();
+        EXPECT_NEAR(y[0].re, e.n, tol) << "N = " << e.n;
+        for (const C& v : y) EXPECT_NEAR(v.im, 0, tol) << "N = " << e.n;
+        for (size_t k = 1; k < y.size(); ++k) EXPECT_NEAR(y[k].re, 0, tol) << "N = " << e.n << " k = " << k;
+    }
+}
+
+TEST(ComplexCodelets, ConstantInputGivesOnlyBinZero) {
+    check_constant<Zam32fc, float>(&ComplexCodelets::fwd32);
+    check_constant<Zam32fc, float>(&ComplexCodelets::inv32);
+    check_constant<Zam64fc, double>(&ComplexCodelets::fwd64);
+    check_constant<Zam64fc, double>(&ComplexCodelets::inv64);
+}
+
 TEST(ComplexCodelets, ImpulsesAnywhereGiveTheRootsOfUnity) {
     check_impulses<Zam32fc, float>(&ComplexCodelets::fwd32, -1);
     check_impulses<Zam32fc, float>(&ComplexCodelets::inv32, +1);

@@ -14,6 +14,20 @@ CodeletFn<R> hartley(const HartleyCodelets& e) {
     else return e.h64;
 }
 
+// Unscaled, then divided by N (either divide-by-N flag): the input again.
+TEST(HartleyCodelets, UnscaledThenDividedByNRestoresTheInput) {
+    for (const HartleyCodelets& e : hartley_codelets()) {
+        Random rng(43u * static_cast<uint64_t>(e.n));
+        const auto x = rng.reals<double>(static_cast<size_t>(e.n));
+        for (uint32_t second : {ZAM_DIV_FWD_BY_N, ZAM_DIV_INV_BY_N}) {
+            std::vector<double> y(x.size()), z(x.size());
+            ASSERT_EQ(e.h64(x.data(), y.data(), ZAM_NODIV_BY_ANY), ZAM_STS_OK);
+            ASSERT_EQ(e.h64(y.data(), z.data(), second), ZAM_STS_OK);
+            for (size_t i = 0; i < x.size(); ++i) EXPECT_NEAR(z[i], x[i], 1e-14) << "N = " << e.n;
+        }
+    }
+}
+
 // ---- The networks whose arithmetic is fixed --------------------------------
 
 template <class R>
