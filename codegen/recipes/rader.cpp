@@ -19,8 +19,11 @@
 //    antiperiodic extension (length 2m) on a P x q prime-factor map.  The P
 //    direction is an odd-frequency real transform of length P/2 (free for
 //    P = 4); the q direction is a cyclic convolution of complex values with a
-//    complex kernel, done by complex DFTs of length q or, for q = 3, by a
-//    four-product algorithm over Q(w).
+//    complex kernel.
+//
+// Every convolution picks its algorithm (below) by operation count; how
+// additions weigh against products is chosen per prime, separately for the two
+// halves, so that the codelet stays within its length's budget.
 #include "rader.hpp"
 
 #include "real.hpp"

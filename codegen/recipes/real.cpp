@@ -1,4 +1,4 @@
-// Real DFTs on the DAG.  Three forms, chosen per length by operation count:
+// Real DFTs on the DAG.  Forms, chosen per length by operation count:
 //
 //  - the complex recipe pruned: zero imaginary inputs (forward) or a
 //    conjugate-symmetric input with only real outputs used (inverse) are
@@ -7,7 +7,9 @@
 //    only the columns 0..n2/2 of the complex column transforms computed;
 //  - real Cooley-Tukey steps: real row transforms, twiddles and complex column
 //    transforms for the columns 1..n2/2-1 only (the others are their
-//    conjugates), a real column 0 and a quarter-wave column n2/2.
+//    conjugates), a real column 0 and a quarter-wave column n2/2;
+//  - for the inverse of small and prime lengths, the direct half-complex sum,
+//    whose factor 2 (or none, for pre-doubled bins) rides on the constants.
 #include "real.hpp"
 
 #include "../codelet.hpp"
@@ -164,7 +166,7 @@ std::vector<Ref> odd_irdft(Graph& g, const CxVec& X, int n, int sign, bool half)
         const int j = (k - 1) / 2;
         return j < n / 2 ? X[idx(j)] : conj(X[idx(n - 1 - j)]);
     };
-    std::vector<CxVec> cols(idx(hp / 2 > 0 ? hp / 2 : 1));  // cols[j1][i2]
+    std::vector<CxVec> cols(idx(hp / 2));  // cols[j1][i2]; hp >= 2 for even n
     for (int j1 = 0; 2 * j1 < hp; ++j1) {
         const int k1 = 2 * j1 + 1;
         CxVec c(idx(q));
@@ -177,7 +179,7 @@ std::vector<Ref> odd_irdft(Graph& g, const CxVec& X, int n, int sign, bool half)
     }
     std::vector<Ref> v(idx(n));
     for (int i2 = 0; i2 < q; ++i2) {
-        CxVec r(idx(hp / 2 > 0 ? hp / 2 : 1));
+        CxVec r(idx(hp / 2));
         for (int j1 = 0; 2 * j1 < hp; ++j1) r[idx(j1)] = cols[idx(j1)][idx(i2)];
         std::vector<Ref> s = odd_irdft_twisted(g, r, hp, sign, half);
         for (int i1 = 0; i1 < hp; ++i1) {
