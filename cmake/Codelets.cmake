@@ -3,12 +3,12 @@
 # The compiler always runs on the build host: in a native build it is an
 # ordinary target; in a cross build it is built separately with the host's
 # compiler, so the generated sources are the same as in a native build.
+#
+# What is exported is the compiler's table; the build only knows how many
+# source files the codelets are spread over.
 
 set(ZAMGEN_GEN_DIR ${CMAKE_BINARY_DIR}/generated)
-set(ZAMGEN_LENGTHS)
-foreach(n RANGE 2 64)
-  list(APPEND ZAMGEN_LENGTHS ${n})
-endforeach()
+set(ZAMGEN_CODELET_SHARDS 64)
 
 if(CMAKE_CROSSCOMPILING)
   include(ExternalProject)
@@ -31,20 +31,23 @@ else()
 endif()
 
 set(ZAMGEN_GENERATED_SOURCES)
-foreach(n IN LISTS ZAMGEN_LENGTHS)
-  foreach(family dft_complex dft_real_fwd dft_real_inv hartley)
-    list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/${family}_${n}.cpp)
-  endforeach()
+math(EXPR _last "${ZAMGEN_CODELET_SHARDS} - 1")
+foreach(i RANGE ${_last})
+  list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/codelets_${i}.cpp)
 endforeach()
 set(ZAMGEN_MANIFEST ${ZAMGEN_GEN_DIR}/manifest.tsv)
+set(ZAMGEN_EXPORTS ${ZAMGEN_GEN_DIR}/exports.txt)
+set(ZAMGEN_SURFACE_FILES
+  ${ZAMGEN_GEN_DIR}/include/zamgen_functions.h ${ZAMGEN_GEN_DIR}/dispatch_tables.inc
+  ${ZAMGEN_GEN_DIR}/registry.inc ${ZAMGEN_EXPORTS} ${ZAMGEN_GEN_DIR}/zamgen.def ${ZAMGEN_GEN_DIR}/zamgen.map)
 
 # The compiler rewrites a file only when its content changes; the stamp keeps
 # the rule from running again when nothing changed.
 add_custom_command(
   OUTPUT ${ZAMGEN_GEN_DIR}/codelets.stamp
-  BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_MANIFEST}
+  BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_MANIFEST} ${ZAMGEN_SURFACE_FILES}
   COMMAND ${CMAKE_COMMAND} -E make_directory ${ZAMGEN_GEN_DIR}
-  COMMAND ${ZAMGEN_CODEGEN} ${ZAMGEN_GEN_DIR}
+  COMMAND ${ZAMGEN_CODEGEN} ${ZAMGEN_GEN_DIR} ${ZAMGEN_CODELET_SHARDS}
   COMMAND ${CMAKE_COMMAND} -E touch ${ZAMGEN_GEN_DIR}/codelets.stamp
   DEPENDS ${_codegen_dep} ${ZAMGEN_CODEGEN}
   COMMENT "Generating codelets"

@@ -1,7 +1,7 @@
-// Operation budgets of the codelets: at most this many products by constants
-// and additions, per length N = 2..64 (index N - 2).  The compiler chooses
-// among equivalent factorisations one that stays within them; the test suite
-// checks the manifest against the same figures independently.
+// Operation budgets of the codelets, per length (budgets.tsv, turned into
+// budgets.inc by the build): the compiler chooses among equivalent
+// factorisations one that stays within them, and writes them beside the counts
+// into the manifest, where the tests check them.
 #pragma once
 
 namespace zg {
@@ -10,49 +10,15 @@ struct Budget {
     int muls, adds;
 };
 
-// Complex DFT, either direction.
-inline constexpr Budget kComplexBudget[63] = {
-    {0, 4}, {4, 12}, {0, 16}, {16, 32}, {8, 36}, {36, 60},
-    {4, 52}, {40, 80}, {32, 84}, {100, 156}, {16, 96}, {72, 176},
-    {72, 148}, {68, 156}, {28, 148}, {108, 264}, {80, 196}, {220, 364},
-    {64, 208}, {136, 264}, {200, 356}, {484, 644}, {44, 252}, {224, 352},
-    {144, 404}, {220, 380}, {144, 352}, {396, 656}, {136, 372}, {384, 692},
-    {88, 376}, {344, 600}, {216, 596}, {292, 524}, {160, 464}, {444, 864},
-    {440, 804}, {268, 684}, {148, 516}, {452, 960}, {272, 612}, {708, 1148},
-    {400, 800}, {344, 688}, {968, 1380}, {2116, 2612}, {148, 636}, {648, 912},
-    {448, 804}, {392, 996}, {288, 912}, {852, 1760}, {440, 868}, {676, 1132},
-    {316, 844}, {736, 1320}, {792, 1428}, {1908, 2796}, {272, 864}, {780, 1616},
-    {768, 1508}, {604, 1100}, {248, 928},
+struct LengthBudgets {
+    int n;
+    Budget complex, real_forward, real_inverse;
 };
 
-// Forward real DFT (any layout; 0.0 - v stores count as additions).
-inline constexpr Budget kRealForwardBudget[63] = {
-    {0, 2}, {2, 5}, {0, 7}, {8, 13}, {4, 15}, {18, 25},
-    {2, 23}, {20, 35}, {16, 37}, {50, 61}, {8, 41}, {41, 80},
-    {36, 65}, {34, 67}, {12, 64}, {54, 121}, {40, 86}, {108, 168},
-    {32, 91}, {68, 118}, {100, 147}, {242, 304}, {22, 109}, {112, 158},
-    {82, 189}, {110, 172}, {72, 157}, {210, 314}, {68, 167}, {192, 322},
-    {44, 168}, {172, 252}, {108, 274}, {146, 236}, {80, 208}, {228, 408},
-    {216, 378}, {149, 321}, {74, 231}, {242, 453}, {136, 276}, {352, 541},
-    {200, 337}, {172, 311}, {484, 657}, {1058, 1269}, {68, 280}, {324, 419},
-    {224, 372}, {196, 464}, {164, 428}, {456, 858}, {220, 395}, {338, 486},
-    {158, 382}, {362, 620}, {420, 684}, {954, 1350}, {136, 392}, {415, 776},
-    {384, 715}, {302, 506}, {132, 417},
+inline constexpr LengthBudgets kBudgets[] = {
+#include "budgets.inc"
 };
 
-// Inverse real DFT (doublings count as products).
-inline constexpr Budget kRealInverseBudget[63] = {
-    {0, 2}, {3, 4}, {2, 6}, {12, 12}, {8, 14}, {24, 24},
-    {8, 20}, {25, 32}, {24, 34}, {60, 68}, {16, 38}, {56, 80},
-    {48, 62}, {47, 64}, {26, 58}, {68, 116}, {52, 82}, {128, 164},
-    {50, 86}, {87, 112}, {120, 158}, {264, 284}, {44, 104}, {136, 152},
-    {112, 186}, {125, 164}, {98, 150}, {238, 306}, {94, 158}, {224, 316},
-    {72, 156}, {203, 268}, {136, 266}, {180, 228}, {106, 198}, {272, 402},
-    {256, 366}, {180, 308}, {112, 220}, {282, 444}, {176, 266}, {394, 532},
-    {242, 358}, {206, 300}, {528, 614}, {1104, 1260}, {118, 270}, {372, 408},
-    {272, 354}, {245, 448}, {210, 414}, {502, 840}, {250, 382}, {392, 512},
-    {212, 368}, {423, 604}, {476, 670}, {1012, 1340}, {194, 374}, {478, 762},
-    {448, 694}, {361, 488}, {196, 400},
-};
+inline constexpr const LengthBudgets& budgets_of(int n) { return kBudgets[n - kBudgets[0].n]; }
 
 } // namespace zg

@@ -114,35 +114,31 @@ ZAM_STATIC_CHECK(version_date_offset, offsetof(ZamLibVersion, buildDate) == 40);
  * through it or free it. */
 ZAMGEN_API const ZamLibVersion* zamgenGetLibVersion(void);
 
-/* ---- Lengths ------------------------------------------------------------
- * ZAM_FOR_EACH_LENGTH(X) expands X(N) for every codelet length N, 2 to 64.
- */
-#define ZAM_FOR_EACH_LENGTH(X) \
-    X(2)  X(3)  X(4)  X(5)  X(6)  X(7)  X(8)  X(9)  X(10) X(11) X(12) X(13) X(14) \
-    X(15) X(16) X(17) X(18) X(19) X(20) X(21) X(22) X(23) X(24) X(25) X(26) X(27) \
-    X(28) X(29) X(30) X(31) X(32) X(33) X(34) X(35) X(36) X(37) X(38) X(39) X(40) \
-    X(41) X(42) X(43) X(44) X(45) X(46) X(47) X(48) X(49) X(50) X(51) X(52) X(53) \
-    X(54) X(55) X(56) X(57) X(58) X(59) X(60) X(61) X(62) X(63) X(64)
-
-/* ---- Complex DFT codelets ----------------------------------------------
- *   zamgDFTFwd_CToC_<N>_32fc, zamgDFTInv_CToC_<N>_32fc  (Zam32fc arrays of N)
- *   zamgDFTFwd_CToC_<N>_64fc, zamgDFTInv_CToC_<N>_64fc  (Zam64fc arrays of N)
- */
-#define ZAM_DECLARE_CTOC(N)                                                                   \
-    ZAMGEN_API ZamStatus zamgDFTFwd_CToC_##N##_32fc(const Zam32fc* pSrc, Zam32fc* pDst,       \
-                                                   uint32_t flag);                           \
-    ZAMGEN_API ZamStatus zamgDFTInv_CToC_##N##_32fc(const Zam32fc* pSrc, Zam32fc* pDst,       \
-                                                   uint32_t flag);                           \
-    ZAMGEN_API ZamStatus zamgDFTFwd_CToC_##N##_64fc(const Zam64fc* pSrc, Zam64fc* pDst,       \
-                                                   uint32_t flag);                           \
-    ZAMGEN_API ZamStatus zamgDFTInv_CToC_##N##_64fc(const Zam64fc* pSrc, Zam64fc* pDst,       \
-                                                   uint32_t flag);
-
-ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_CTOC)
-
-/* ---- Real DFT codelets ---------------------------------------------------
- * Forward: N real samples to the half spectrum X[k] = R[k] + i I[k],
- * k = 0..N/2, in one of three layouts (I[0] and, for even N, I[N/2] are 0):
+/* ---- The transforms -------------------------------------------------------
+ * Every codelet and length dispatcher is declared by its full name in
+ * zamgen_functions.h, which the codelet compiler writes from the library's
+ * table of exports and which is installed beside this header.  Per family, in
+ * single and double precision, for every length N from 2 to 64:
+ *
+ *   zamgDFTFwd_CToC_<N>_32fc|64fc   complex DFT, exp(-2 pi i n k / N)
+ *   zamgDFTInv_CToC_<N>_32fc|64fc   complex DFT, exp(+2 pi i n k / N)
+ *   zamgDFTFwd_RTo<L>_<N>_32f|64f   real DFT to the packed layout L
+ *   zamgDFTInv_<L>ToR_<N>_32f|64f   real DFT back from the packed layout L
+ *   zamgHartley_<N>_32f|64f         discrete Hartley transform
+ *
+ * each as   ZamStatus name(const T* pSrc, T* pDst, uint32_t flag);
+ * and one length dispatcher per family and precision, the name without _<N>:
+ *
+ *   ZamStatus zamgDFTFwd_CToC_32fc(const Zam32fc* pSrc, Zam32fc* pDst, int32_t len, uint32_t flag);
+ *
+ * A dispatcher calls the codelet of the given length (2 to 64) of its family
+ * and returns its status.  A length outside 2..64 returns ZAM_STS_SIZE_ERR
+ * before anything else is looked at (so even with null pointers); pointers
+ * and flag are then checked by the codelet.
+ *
+ * Real layouts.  The forward real DFT takes N real samples to the half
+ * spectrum X[k] = R[k] + i I[k], k = 0..N/2, in one of three layouts (I[0]
+ * and, for even N, I[N/2] are 0):
  *
  *   CCS   R[k] at 2k, I[k] at 2k+1, k = 0..N/2: N+2 elements (even N) or N+1
  *         (odd N); elements 1 and (even N) N+1 are written as +0.0.
@@ -150,63 +146,17 @@ ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_CTOC)
  *         R[N/2] last: N elements.
  *   Perm  even N: R[0], R[N/2], then R[k], I[k] at 2k, 2k+1; odd N: as Pack.
  *
- *   zamgDFTFwd_RToCCS_<N>_32f|64f, zamgDFTFwd_RToPack_<N>_..., zamgDFTFwd_RToPerm_<N>_...
+ * The inverse gives the N real samples of the conjugate-symmetric spectrum
+ * given by its half, x[n] = s * (R[0] + 2 sum (R[k] cos - I[k] sin)(2 pi n k / N)
+ * + (-1)^n R[N/2]).  The CCS inverse never reads elements 1 and N+1.  A
+ * forward call may write into its source array (in place) when that array has
+ * room for the whole output.
  *
- * Inverse: the N real samples of the conjugate-symmetric spectrum given by its
- * half, x[n] = s * (R[0] + 2 sum (R[k] cos - I[k] sin)(2 pi n k / N) + (-1)^n R[N/2]).
- * The CCS inverse never reads elements 1 and N+1.
- *
- *   zamgDFTInv_CCSToR_<N>_32f|64f, zamgDFTInv_PackToR_<N>_..., zamgDFTInv_PermToR_<N>_...
- *
- * A forward call may write into its source array (in place) when that array
- * has room for the whole output.
+ * Hartley: y[k] = s * sum_n x[n] (cos + sin)(2 pi n k / N).  The transform is
+ * its own inverse up to N: flags 1 and 2 both scale by 1/N, 4 by 1/sqrt(N),
+ * 8 by 1.
  */
-#define ZAM_DECLARE_REAL_PREC(N, T)                                                              \
-    ZAMGEN_API ZamStatus zamgDFTFwd_RToCCS_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag);  \
-    ZAMGEN_API ZamStatus zamgDFTFwd_RToPack_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag); \
-    ZAMGEN_API ZamStatus zamgDFTFwd_RToPerm_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag); \
-    ZAMGEN_API ZamStatus zamgDFTInv_CCSToR_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag);  \
-    ZAMGEN_API ZamStatus zamgDFTInv_PackToR_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag); \
-    ZAMGEN_API ZamStatus zamgDFTInv_PermToR_##N##_##T(const Zam##T* pSrc, Zam##T* pDst, uint32_t flag);
-#define ZAM_DECLARE_REAL(N) ZAM_DECLARE_REAL_PREC(N, 32f) ZAM_DECLARE_REAL_PREC(N, 64f)
-
-ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_REAL)
-
-/* ---- Hartley codelets ----------------------------------------------------
- *   zamgHartley_<N>_32f|64f:  y[k] = s * sum_n x[n] (cos + sin)(2 pi n k / N)
- * The transform is its own inverse up to N: flags 1 and 2 both scale by 1/N,
- * 4 by 1/sqrt(N), 8 by 1.
- */
-#define ZAM_DECLARE_HARTLEY(N)                                                                  \
-    ZAMGEN_API ZamStatus zamgHartley_##N##_32f(const Zam32f* pSrc, Zam32f* pDst, uint32_t flag); \
-    ZAMGEN_API ZamStatus zamgHartley_##N##_64f(const Zam64f* pSrc, Zam64f* pDst, uint32_t flag);
-
-ZAM_FOR_EACH_LENGTH(ZAM_DECLARE_HARTLEY)
-
-/* ---- Length dispatchers --------------------------------------------------
- * Each calls the codelet of the given length (2 to 64) of its family and
- * returns its status.  A length outside 2..64 returns ZAM_STS_SIZE_ERR before
- * anything else is looked at (so even with null pointers); pointers and flag
- * are then checked by the codelet.
- */
-ZAMGEN_API ZamStatus zamgDFTFwd_CToC_32fc(const Zam32fc* pSrc, Zam32fc* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_CToC_64fc(const Zam64fc* pSrc, Zam64fc* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_CToC_32fc(const Zam32fc* pSrc, Zam32fc* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_CToC_64fc(const Zam64fc* pSrc, Zam64fc* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_RToCCS_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_RToCCS_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_RToPack_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_RToPack_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_RToPerm_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTFwd_RToPerm_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_CCSToR_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_CCSToR_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_PackToR_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_PackToR_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_PermToR_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgDFTInv_PermToR_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgHartley_32f(const Zam32f* pSrc, Zam32f* pDst, int32_t len, uint32_t flag);
-ZAMGEN_API ZamStatus zamgHartley_64f(const Zam64f* pSrc, Zam64f* pDst, int32_t len, uint32_t flag);
+#include "zamgen_functions.h"
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -2,11 +2,12 @@
 # to equal the one the build generated.
 file(REMOVE_RECURSE ${SCRATCH})
 file(MAKE_DIRECTORY ${SCRATCH})
-execute_process(COMMAND ${CODEGEN} ${SCRATCH} RESULT_VARIABLE rc)
+execute_process(COMMAND ${CODEGEN} ${SCRATCH} ${SHARDS} RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "codelet compiler failed: ${rc}")
 endif()
-file(GLOB files RELATIVE ${REFERENCE} ${REFERENCE}/*.cpp ${REFERENCE}/*.tsv ${REFERENCE}/*.inc)
+file(GLOB_RECURSE files RELATIVE ${REFERENCE} ${REFERENCE}/*.cpp ${REFERENCE}/*.tsv ${REFERENCE}/*.inc
+     ${REFERENCE}/*.h ${REFERENCE}/*.def ${REFERENCE}/*.map ${REFERENCE}/*.txt)
 list(LENGTH files count)
 if(count EQUAL 0)
   message(FATAL_ERROR "no generated files in ${REFERENCE}")

@@ -7,28 +7,64 @@
 
 namespace zt {
 
-const std::vector<ComplexCodelets>& complex_codelets() {
-#define ZT_COMPLEX(N) {N, zamgDFTFwd_CToC_##N##_32fc, zamgDFTInv_CToC_##N##_32fc, zamgDFTFwd_CToC_##N##_64fc, zamgDFTInv_CToC_##N##_64fc},
-    static const std::vector<ComplexCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_COMPLEX)};
-    return table;
+namespace {
+
+// The per-family tables, filled from the registry the codelet compiler writes.
+struct Tables {
+    std::vector<ComplexCodelets> complex{63};
+    std::vector<RealCodelets> real{63};
+    std::vector<HartleyCodelets> hartley{63};
+};
+
+int layout_slot(const std::string& family) {
+    return family.find("CCS") != std::string::npos ? kCCS : family.find("Pack") != std::string::npos ? kPack : kPerm;
 }
 
-const std::vector<RealCodelets>& real_codelets() {
-#define ZT_REAL(N)                                                                                         \
-    {N,                                                                                                    \
-     {zamgDFTFwd_RToCCS_##N##_32f, zamgDFTFwd_RToPack_##N##_32f, zamgDFTFwd_RToPerm_##N##_32f},            \
-     {zamgDFTInv_CCSToR_##N##_32f, zamgDFTInv_PackToR_##N##_32f, zamgDFTInv_PermToR_##N##_32f},            \
-     {zamgDFTFwd_RToCCS_##N##_64f, zamgDFTFwd_RToPack_##N##_64f, zamgDFTFwd_RToPerm_##N##_64f},            \
-     {zamgDFTInv_CCSToR_##N##_64f, zamgDFTInv_PackToR_##N##_64f, zamgDFTInv_PermToR_##N##_64f}},
-    static const std::vector<RealCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_REAL)};
-    return table;
+void put(Tables& t, const std::string& family, int n, CodeletFn<Zam32fc> fn) {
+    auto& e = t.complex[static_cast<size_t>(n - 2)];
+    e.n = n;
+    (family.find("Fwd") != std::string::npos ? e.fwd32 : e.inv32) = fn;
+}
+void put(Tables& t, const std::string& family, int n, CodeletFn<Zam64fc> fn) {
+    auto& e = t.complex[static_cast<size_t>(n - 2)];
+    e.n = n;
+    (family.find("Fwd") != std::string::npos ? e.fwd64 : e.inv64) = fn;
+}
+template <class T>
+void put_real(Tables& t, const std::string& family, int n, CodeletFn<T> fn) {
+    if (family == "zamgHartley") {
+        auto& e = t.hartley[static_cast<size_t>(n - 2)];
+        e.n = n;
+        if constexpr (std::is_same_v<T, Zam32f>) e.h32 = fn;
+        else e.h64 = fn;
+        return;
+    }
+    auto& e = t.real[static_cast<size_t>(n - 2)];
+    e.n = n;
+    const bool fwd = family.find("Fwd") != std::string::npos;
+    const int l = layout_slot(family);
+    if constexpr (std::is_same_v<T, Zam32f>) (fwd ? e.fwd32 : e.inv32)[l] = fn;
+    else (fwd ? e.fwd64 : e.inv64)[l] = fn;
+}
+void put(Tables& t, const std::string& family, int n, CodeletFn<Zam32f> fn) { put_real(t, family, n, fn); }
+void put(Tables& t, const std::string& family, int n, CodeletFn<Zam64f> fn) { put_real(t, family, n, fn); }
+
+const Tables& tables() {
+    static const Tables t = [] {
+        Tables t;
+#define ZAM_CODELET(name, T, family, n, in, out, rule, layout, sign) put(t, family, n, CodeletFn<T>(name));
+#include "registry.inc"
+#undef ZAM_CODELET
+        return t;
+    }();
+    return t;
 }
 
-const std::vector<HartleyCodelets>& hartley_codelets() {
-#define ZT_HARTLEY(N) {N, zamgHartley_##N##_32f, zamgHartley_##N##_64f},
-    static const std::vector<HartleyCodelets> table{ZAM_FOR_EACH_LENGTH(ZT_HARTLEY)};
-    return table;
-}
+} // namespace
+
+const std::vector<ComplexCodelets>& complex_codelets() { return tables().complex; }
+const std::vector<RealCodelets>& real_codelets() { return tables().real; }
+const std::vector<HartleyCodelets>& hartley_codelets() { return tables().hartley; }
 
 int re_index(Layout l, int n, int k) {
     if (l == kCCS) return 2 * k;
@@ -184,14 +220,27 @@ LD relative_rms(const Scalars& a, const Scalars& b) {
 std::vector<std::pair<std::string, ManifestRow>> read_manifest() {
     std::ifstream in(ZAMGEN_MANIFEST);
     if (!in) throw std::runtime_error(std::string("cannot open ") + ZAMGEN_MANIFEST);
-    std::vector<std::pair<std::string, ManifestRow>> rows;
     std::string line;
-    std::getline(in, line);  // header
+    std::getline(in, line);
+    std::vector<std::string> header;
+    for (std::istringstream hs(line); std::getline(hs, line, '\t');) header.push_back(line);
+    std::vector<std::pair<std::string, ManifestRow>> rows;
     while (std::getline(in, line)) {
         std::istringstream ls(line);
-        std::string name;
+        std::string name, cell;
         ManifestRow r;
-        if (ls >> name >> r.n >> r.muls >> r.adds >> r.negs) rows.emplace_back(name, r);
+        for (size_t col = 0; col < header.size() && std::getline(ls, cell, '\t'); ++col) {
+            const int v = cell == "-" || col == 0 || header[col] == "plan" ? -1 : std::atoi(cell.c_str());
+            const std::string& h = header[col];
+            if (h == "name") name = cell;
+            else if (h == "n") r.n = v;
+            else if (h == "muls") r.muls = v;
+            else if (h == "adds") r.adds = v;
+            else if (h == "negs") r.negs = v;
+            else if (h == "budget_muls") r.budget_muls = v;
+            else if (h == "budget_adds") r.budget_adds = v;
+        }
+        rows.emplace_back(name, r);
     }
     return rows;
 }

@@ -124,9 +124,10 @@ bool bitwise_equal(const std::vector<T>& a, const std::vector<T>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
 
-// The manifest the codelet compiler wrote: name -> (n, muls, adds, negs).
+// The manifest the codelet compiler wrote: per codelet its length, operation
+// counts and budget (-1 where none is set).
 struct ManifestRow {
-    int n = 0, muls = 0, adds = 0, negs = 0;
+    int n = 0, muls = 0, adds = 0, negs = 0, budget_muls = -1, budget_adds = -1;
 };
 std::vector<std::pair<std::string, ManifestRow>> read_manifest();
 

@@ -1,11 +1,10 @@
 // The codelet compiler itself: constants, literals, simplification and the
 // precision model of its graphs.
-#include "codelet.hpp"
-#include "dag.hpp"
-#include "hp.hpp"
-#include "recipes/cx.hpp"
+#include "counts.hpp"
+#include "lower.hpp"
+#include "print_cpp.hpp"
 #include "recipes/families.hpp"
-#include "recipes/real.hpp"
+#include "recipes/transforms.hpp"
 
 #include <gtest/gtest.h>
 
@@ -99,36 +98,35 @@ TEST(CodegenGraph, TracksWhereSinglePrecisionWidens) {
     Graph g;
     const Ref a = g.input(0), b = g.input(1);
     const Ref sum = g.add(a, b);
-    EXPECT_FALSE(g.wide(sum));                       // plain sums stay float
+    EXPECT_FALSE(g.in_double(sum));                       // plain sums stay float
     const Ref p = g.mul(0.8660254037844386, sum);
-    EXPECT_TRUE(g.wide(p));                          // products by constants are double
+    EXPECT_TRUE(g.in_double(p));                          // products by constants are double
     const Ref comb = g.sub(a, p);
-    EXPECT_TRUE(g.wide(comb));                       // and so is their combination
+    EXPECT_TRUE(g.in_double(comb));                       // and so is their combination
     const Ref r = g.round(comb);
-    EXPECT_FALSE(g.wide(r));                         // rounded once
+    EXPECT_FALSE(g.in_double(r));                         // rounded once
     EXPECT_EQ(g.round(sum), sum);                    // a float needs no rounding
-    EXPECT_FALSE(g.wide(g.mul(2.0, a)));             // doublings are exact in float
+    EXPECT_FALSE(g.in_double(g.mul(2.0, a)));             // doublings are exact in float
 }
 
-TEST(CodegenEmit, CountsOnlyLiveOperationsAndEmitsNoContraction) {
+TEST(CodegenPrint, CountsOnlyLiveOperationsAndPrintsNoContraction) {
+    Planner planner;
     for (int n : {3, 8, 16}) {
-        for (const Codelet& c : complex_codelets(n)) {
-            const std::string s32 = emit(c, Prec::F32), s64 = emit(c, Prec::F64);
-            EXPECT_EQ(s32.find("fma"), std::string::npos);
-            EXPECT_NE(s32.find("pick_scale"), std::string::npos);
-            EXPECT_EQ(s64.find("static_cast<float>"), std::string::npos);
-            // Generating again gives the same text.
-            EXPECT_EQ(emit(c, Prec::F32), s32);
-        }
+        const CodeletGraph c = complex_codelet(planner, n, -1);
+        const Signature sig{"zamgTest", "Zam32fc", true, zam::ScaleRule::Forward, n};
+        const std::string s32 = print_cpp(lower(c, sig, Precision::Single));
+        const std::string s64 = print_cpp(lower(c, sig, Precision::Double));
+        EXPECT_EQ(s32.find("fma"), std::string::npos);
+        EXPECT_NE(s32.find("pick_scale"), std::string::npos);
+        EXPECT_EQ(s64.find("static_cast<float>"), std::string::npos);
+        // Printing again gives the same text.
+        EXPECT_EQ(print_cpp(lower(c, sig, Precision::Single)), s32);
     }
-    Codelet c;
-    c.family = "zamgTest";
-    c.n = 2;
-    Graph& g = *c.g;
-    const Ref a = g.input(0), b = g.input(1);
-    g.mul(0.3, g.add(a, b));  // dead: no output uses it
-    c.outs.push_back({0, g.sub(a, b)});
-    const Counts k = count(c);
+    CodeletGraph c;
+    const Ref a = c.g.input(0), b = c.g.input(1);
+    c.g.mul(0.3, c.g.add(a, b));  // dead: no output uses it
+    c.outputs.push_back({0, c.g.sub(a, b)});
+    const OpCounts k = count(c);
     EXPECT_EQ(k.adds, 1);
     EXPECT_EQ(k.muls, 0);
 }
@@ -155,14 +153,16 @@ std::vector<double> random_inputs(size_t n, unsigned seed) {
 // with doubled middle bins (the form only the Rader convolutions use), for
 // every length.
 TEST(CodegenRecipes, RealDftsOfEveryLength) {
+    Planner planner;
     for (int n = 2; n <= 64; ++n) {
         const auto in = random_inputs(static_cast<size_t>(n + 2), static_cast<unsigned>(100 + n));
         {
             Graph g;
+            Context ctx{g, planner};
             std::vector<Ref> x(static_cast<size_t>(n));
             for (int i = 0; i < n; ++i) x[static_cast<size_t>(i)] = g.input(i);
             std::vector<Ref> refs;
-            for (Cx v : rdft(g, x, -1)) {
+            for (Cx v : rdft(ctx, x, -1)) {
                 refs.push_back(v.re);
                 refs.push_back(v.im);
             }
@@ -176,6 +176,7 @@ TEST(CodegenRecipes, RealDftsOfEveryLength) {
         }
         for (bool doubled : {false, true}) {
             Graph g;
+            Context ctx{g, planner};
             CxVec X(static_cast<size_t>(n / 2 + 1));
             std::vector<Cd> half(X.size());
             for (int k = 0; 2 * k <= n; ++k) {
@@ -183,7 +184,7 @@ TEST(CodegenRecipes, RealDftsOfEveryLength) {
                 X[static_cast<size_t>(k)] = {g.input(2 * k), middle ? g.input(2 * k + 1) : Ref{}};
                 half[static_cast<size_t>(k)] = {in[static_cast<size_t>(2 * k)], middle ? in[static_cast<size_t>(2 * k + 1)] : 0.0};
             }
-            const auto out = evaluate(g, in, irdft(g, X, n, +1, doubled));
+            const auto out = evaluate(g, in, irdft(ctx, X, n, +1, doubled));
             for (int j = 0; j < n; ++j) {
                 double want = 0;
                 for (int k = 0; k < n; ++k) {

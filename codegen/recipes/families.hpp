@@ -1,23 +1,19 @@
-// The codelet families: each turns a transform recipe into the codelets of one
-// length (graph, input layout, output layout and scale rule).
+// The codelet families: each turns the transform recipes into the graph of
+// one exported codelet (input layout, output layout and the stores), recording
+// the plan it chose.
 #pragma once
 
 #include "../codelet.hpp"
-
-#include <vector>
+#include "../planner.hpp"
+#include "../surface.hpp"
 
 namespace zg {
 
-// zamgDFTFwd_CToC and zamgDFTInv_CToC of length n.
-std::vector<Codelet> complex_codelets(int n);
+CodeletGraph build_codelet(Planner& planner, const Family& f, int n);
 
-// zamgDFTFwd_RToCCS, _RToPack and _RToPerm of length n (in that order).
-std::vector<Codelet> real_forward_codelets(int n);
-
-// zamgDFTInv_CCSToR, _PackToR and _PermToR of length n.
-std::vector<Codelet> real_inverse_codelets(int n);
-
-// zamgHartley of length n.
-std::vector<Codelet> hartley_codelets(int n);
+CodeletGraph complex_codelet(Planner& planner, int n, int sign);
+CodeletGraph real_forward_codelet(Planner& planner, int n, Layout l);
+CodeletGraph real_inverse_codelet(Planner& planner, int n, Layout l);
+CodeletGraph hartley_codelet(Planner& planner, int n);
 
 } // namespace zg

@@ -6,7 +6,9 @@
 // The butterfly lengths 2 and 4, the direct length 3 and the length-8 network
 // follow their fixed formulas.
 #include "families.hpp"
-#include "real.hpp"
+#include "transforms.hpp"
+
+#include <tuple>
 
 namespace zg {
 namespace {
@@ -30,26 +32,21 @@ bool small_hartley(Graph& g, const std::vector<Ref>& x, std::vector<Ref>& y) {
     }
     case 4: {
         const Ref e = g.add(x[0], x[2]), f = g.sub(x[0], x[2]), p = g.add(x[1], x[3]), q = g.sub(x[1], x[3]);
-        y[0] = g.add(p, e);
-        y[1] = g.add(q, f);
-        y[2] = g.sub(e, p);
-        y[3] = g.sub(f, q);
+        y = {g.add(p, e), g.add(q, f), g.sub(e, p), g.sub(f, q)};  // braces evaluate in order
         return true;
     }
     case 8: {
-        const DD h = cos2pi(1, 8);
+        const DoubleDouble h = cos2pi(1, 8);
         const Ref e = g.add(x[0], x[4]), f = g.sub(x[0], x[4]), gg = g.add(x[2], x[6]), hh = g.sub(x[2], x[6]);
         const Ref p = g.add(x[1], x[5]), q = g.add(x[3], x[7]);
         const Ref r = g.round(g.mul(h, g.sub(x[1], x[5]))), w = g.round(g.mul(h, g.sub(x[3], x[7])));
         const Ref d = g.sub(r, w), c = g.add(r, w);
         const Ref eg = g.add(e, gg), emg = g.sub(e, gg), pq = g.add(p, q), pmq = g.sub(p, q);
         const Ref fd = g.add(f, d), fmd = g.sub(f, d), hc = g.add(hh, c), hmc = g.sub(hh, c);
-        y[0] = g.add(eg, pq);
-        y[4] = g.sub(eg, pq);
-        y[2] = g.add(emg, pmq);
-        y[6] = g.sub(emg, pmq);
-        y[1] = g.add(fd, hc);
-        y[7] = g.sub(fd, hc);
+        for (const auto& [sum, diff, a, b] : {std::tuple{0, 4, eg, pq}, {2, 6, emg, pmq}, {1, 7, fd, hc}}) {
+            y[idx(sum)] = g.add(a, b);
+            y[idx(diff)] = g.sub(a, b);
+        }
         y[3] = g.sub(fmd, hmc);
         y[5] = g.add(fmd, hmc);
         return true;
@@ -61,13 +58,18 @@ bool small_hartley(Graph& g, const std::vector<Ref>& x, std::vector<Ref>& y) {
 
 } // namespace
 
-std::vector<Codelet> hartley_codelets(int n) {
-    Codelet c("zamgHartley", n, ScaleRule::Symmetric);
-    Graph& g = *c.g;
-    const std::vector<Ref> x = c.inputs(n);
+CodeletGraph hartley_codelet(Planner& planner, int n) {
+    CodeletGraph c;
+    PlanNotes notes;
+    Context ctx{c.g, planner, &notes};
+    Graph& g = c.g;
+    std::vector<Ref> x(idx(n));
+    for (int i = 0; i < n; ++i) x[idx(i)] = g.input(i);
     std::vector<Ref> y(idx(n));
-    if (!small_hartley(g, x, y)) {
-        const CxVec X = rdft(g, x, +1);  // X[k] = C[k] + i S[k]
+    if (small_hartley(g, x, y)) {
+        ctx.note("hartley" + std::to_string(n), "fixed formula");
+    } else {
+        const CxVec X = rdft(ctx, x, +1);  // X[k] = C[k] + i S[k]
         y[0] = X[0].re;
         for (int k = 1; 2 * k <= n; ++k) {
             if (2 * k == n) {
@@ -78,10 +80,9 @@ std::vector<Codelet> hartley_codelets(int n) {
             y[idx(n - k)] = g.sub(X[idx(k)].re, X[idx(k)].im);
         }
     }
-    for (int i = 0; i < n; ++i) c.outs.push_back({i, g.orient(y[idx(i)])});
-    std::vector<Codelet> out;
-    out.push_back(std::move(c));
-    return out;
+    for (int i = 0; i < n; ++i) c.outputs.push_back({i, g.absorb_negation(y[idx(i)])});
+    c.plan = notes.line();
+    return c;
 }
 
 } // namespace zg

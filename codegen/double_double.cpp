@@ -1,4 +1,4 @@
-#include "hp.hpp"
+#include "double_double.hpp"
 
 #include <cmath>
 #include <cstdlib>
@@ -6,14 +6,14 @@
 namespace zg {
 namespace {
 
-DD two_sum(double a, double b) {
+DoubleDouble two_sum(double a, double b) {
     double s = a + b;
     double bb = s - a;
     double e = (a - (s - bb)) + (b - bb);
     return {s, e};
 }
 
-DD quick_two_sum(double a, double b) {
+DoubleDouble quick_two_sum(double a, double b) {
     double s = a + b;
     double e = b - (s - a);
     return {s, e};
@@ -25,7 +25,7 @@ void split(double a, double& hi, double& lo) {
     lo = a - hi;
 }
 
-DD two_prod(double a, double b) {
+DoubleDouble two_prod(double a, double b) {
     double p = a * b;
     double ah, al, bh, bl;
     split(a, ah, al);
@@ -34,29 +34,29 @@ DD two_prod(double a, double b) {
     return {p, e};
 }
 
-const DD kPi{3.141592653589793116, 1.2246467991473532e-16};
+const DoubleDouble kPi{3.141592653589793116, 1.2246467991473532e-16};
 
 // sin and cos of (pi/4) * p / q for 0 <= p <= q by Taylor series.
-void sincos_octant(int64_t p, int64_t q, DD& s, DD& c) {
+void sincos_octant(int64_t p, int64_t q, DoubleDouble& s, DoubleDouble& c) {
     if (p == 0) {
-        s = DD(0.0);
-        c = DD(1.0);
+        s = DoubleDouble(0.0);
+        c = DoubleDouble(1.0);
         return;
     }
-    DD x = kPi * DD(static_cast<double>(p)) / DD(4.0 * static_cast<double>(q));
-    DD x2 = x * x;
-    DD term = x;
-    DD sum = x;
+    DoubleDouble x = kPi * DoubleDouble(static_cast<double>(p)) / DoubleDouble(4.0 * static_cast<double>(q));
+    DoubleDouble x2 = x * x;
+    DoubleDouble term = x;
+    DoubleDouble sum = x;
     for (int k = 1; k < 40; ++k) {
-        term = -(term * x2) / DD(static_cast<double>((2 * k) * (2 * k + 1)));
+        term = -(term * x2) / DoubleDouble(static_cast<double>((2 * k) * (2 * k + 1)));
         sum = sum + term;
         if (std::fabs(term.hi) < 1e-40) break;
     }
     s = sum;
-    term = DD(1.0);
-    sum = DD(1.0);
+    term = DoubleDouble(1.0);
+    sum = DoubleDouble(1.0);
     for (int k = 1; k < 40; ++k) {
-        term = -(term * x2) / DD(static_cast<double>((2 * k - 1) * (2 * k)));
+        term = -(term * x2) / DoubleDouble(static_cast<double>((2 * k - 1) * (2 * k)));
         sum = sum + term;
         if (std::fabs(term.hi) < 1e-40) break;
     }
@@ -64,12 +64,12 @@ void sincos_octant(int64_t p, int64_t q, DD& s, DD& c) {
 }
 
 // cos and sin of 2*pi*num/den, reduced exactly to the first octant.
-void sincos2pi(int64_t num, int64_t den, DD& s, DD& c) {
+void sincos2pi(int64_t num, int64_t den, DoubleDouble& s, DoubleDouble& c) {
     int64_t r = num % den;
     if (r < 0) r += den;
     int64_t o = (8 * r) / den;
     int64_t r8 = 8 * r - o * den;  // angle within the octant: (pi/4) * r8/den
-    DD sf, cf, sp, cp;
+    DoubleDouble sf, cf, sp, cp;
     sincos_octant(r8, den, sf, cf);          // phi
     sincos_octant(den - r8, den, sp, cp);    // pi/4 - phi
     switch (o) {
@@ -86,53 +86,42 @@ void sincos2pi(int64_t num, int64_t den, DD& s, DD& c) {
 
 } // namespace
 
-DD operator+(DD a, DD b) {
-    DD s = two_sum(a.hi, b.hi);
-    DD t = two_sum(a.lo, b.lo);
+DoubleDouble operator+(DoubleDouble a, DoubleDouble b) {
+    DoubleDouble s = two_sum(a.hi, b.hi);
+    DoubleDouble t = two_sum(a.lo, b.lo);
     s.lo += t.hi;
     s = quick_two_sum(s.hi, s.lo);
     s.lo += t.lo;
     return quick_two_sum(s.hi, s.lo);
 }
 
-DD operator-(DD a) { return {-a.hi, -a.lo}; }
-DD operator-(DD a, DD b) { return a + (-b); }
+DoubleDouble operator-(DoubleDouble a) { return {-a.hi, -a.lo}; }
+DoubleDouble operator-(DoubleDouble a, DoubleDouble b) { return a + (-b); }
 
-DD operator*(DD a, DD b) {
-    DD p = two_prod(a.hi, b.hi);
+DoubleDouble operator*(DoubleDouble a, DoubleDouble b) {
+    DoubleDouble p = two_prod(a.hi, b.hi);
     p.lo += a.hi * b.lo + a.lo * b.hi;
     return quick_two_sum(p.hi, p.lo);
 }
 
-DD operator/(DD a, DD b) {
+DoubleDouble operator/(DoubleDouble a, DoubleDouble b) {
     double q1 = a.hi / b.hi;
-    DD r = a - b * DD(q1);
+    DoubleDouble r = a - b * DoubleDouble(q1);
     double q2 = r.hi / b.hi;
-    r = r - b * DD(q2);
+    r = r - b * DoubleDouble(q2);
     double q3 = r.hi / b.hi;
-    DD q = quick_two_sum(q1, q2);
-    return q + DD(q3);
+    DoubleDouble q = quick_two_sum(q1, q2);
+    return q + DoubleDouble(q3);
 }
 
-bool operator<(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo); }
-
-DD dd_abs(DD a) { return a.hi < 0.0 || (a.hi == 0.0 && a.lo < 0.0) ? -a : a; }
-
-DD dd_sqrt(DD a) {
-    if (a.hi <= 0.0) return DD(0.0);
-    DD x(std::sqrt(a.hi));
-    for (int i = 0; i < 2; ++i) x = x + (a - x * x) / (DD(2.0) * x);
-    return x;
-}
-
-DD cos2pi(int64_t num, int64_t den) {
-    DD s, c;
+DoubleDouble cos2pi(int64_t num, int64_t den) {
+    DoubleDouble s, c;
     sincos2pi(num, den, s, c);
     return c;
 }
 
-DD sin2pi(int64_t num, int64_t den) {
-    DD s, c;
+DoubleDouble sin2pi(int64_t num, int64_t den) {
+    DoubleDouble s, c;
     sincos2pi(num, den, s, c);
     return s;
 }

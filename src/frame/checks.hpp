@@ -3,14 +3,10 @@
 // leaf function.
 #pragma once
 
+#include "frame/scale_rule.hpp"
 #include "zamgen.h"
 
 namespace zam {
-
-// Which flag values divide by N: the forward DFT divides for
-// ZAM_DIV_FWD_BY_N, the inverse for ZAM_DIV_INV_BY_N, and transforms without
-// a direction (Hartley, Walsh-Hadamard) for both.
-enum class ScaleRule { Forward, Inverse, Symmetric };
 
 // Checks the pointers (first) and the flag; on success stores the scale
 // factor selected by the flag.  inv_n and inv_sqrt_n are the codelet's own

@@ -11,31 +11,27 @@
 
 namespace zg {
 
-struct DD {
+struct DoubleDouble {
     double hi = 0.0;
     double lo = 0.0;
 
-    constexpr DD() = default;
-    constexpr DD(double h) : hi(h), lo(0.0) {}
-    constexpr DD(double h, double l) : hi(h), lo(l) {}
+    constexpr DoubleDouble() = default;
+    constexpr DoubleDouble(double h) : hi(h), lo(0.0) {}
+    constexpr DoubleDouble(double h, double l) : hi(h), lo(l) {}
 
     // The double nearest to the represented value (the pair is kept normalised,
     // so that is the high part).
     double to_double() const { return hi; }
 };
 
-DD operator+(DD a, DD b);
-DD operator-(DD a, DD b);
-DD operator-(DD a);
-DD operator*(DD a, DD b);
-DD operator/(DD a, DD b);
-bool operator<(DD a, DD b);
-DD dd_abs(DD a);
+DoubleDouble operator+(DoubleDouble a, DoubleDouble b);
+DoubleDouble operator-(DoubleDouble a, DoubleDouble b);
+DoubleDouble operator-(DoubleDouble a);
+DoubleDouble operator*(DoubleDouble a, DoubleDouble b);
+DoubleDouble operator/(DoubleDouble a, DoubleDouble b);
 
 // sin and cos of 2*pi*num/den for integers num, den (den > 0).
-DD cos2pi(int64_t num, int64_t den);
-DD sin2pi(int64_t num, int64_t den);
-
-DD dd_sqrt(DD a);
+DoubleDouble cos2pi(int64_t num, int64_t den);
+DoubleDouble sin2pi(int64_t num, int64_t den);
 
 } // namespace zg

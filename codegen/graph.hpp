@@ -1,0 +1,109 @@
+// The expression graph of one codelet.
+//
+// A graph holds real scalar operations on the codelet's input: sums,
+// differences, products by constants and the points where a double-precision
+// combination is rounded to single precision.  Values are referred to by
+// signed references, so a negation costs nothing: it is absorbed into the sum,
+// difference or constant that uses the value.  Every node is hash-consed, so an
+// expression that a recipe builds twice (also as the negation of an existing
+// difference) exists once.
+//
+// Precision.  One graph serves both element precisions.  Each node records
+// whether the single-precision codelet evaluates it in double (`in_double`):
+// products by constants are (the float operand is widened exactly), a sum or
+// difference is when an operand is, and a Round node ends such a combination
+// with one rounding to float.  The double-precision codelet runs the same graph
+// in double throughout, with every Round a plain copy, so both precisions
+// perform exactly the same operations.
+#pragma once
+
+#include "double_double.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+namespace zg {
+
+enum class Op : uint8_t {
+    Zero,      // the constant 0 (node 0)
+    Input,     // one scalar of the codelet's source
+    Add,       // a + b
+    Sub,       // a - b
+    MulConst,  // constant times a
+    Round,     // a rounded to float (single precision only)
+};
+
+struct Ref {
+    int32_t id = 0;  // node index; 0 is the constant zero
+    bool neg = false;
+
+    bool is_zero() const { return id == 0; }
+    Ref operator-() const { return id == 0 ? *this : Ref{id, !neg}; }
+    friend bool operator==(Ref x, Ref y) { return x.id == y.id && x.neg == y.neg; }
+};
+
+struct Node {
+    Op op = Op::Zero;
+    bool in_double = false;  // evaluated in double by the single-precision codelet
+    int32_t a = 0;           // first operand (a positive reference)
+    int32_t b = 0;           // second operand
+    int32_t constant = 0;    // MulConst: index into the graph's constants
+    int32_t slot = 0;        // Input: scalar index in the source
+};
+
+class Graph {
+public:
+    Graph();
+
+    Ref input(int slot);
+    Ref add(Ref x, Ref y);
+    Ref sub(Ref x, Ref y) { return add(x, -y); }
+    Ref mul(DoubleDouble c, Ref x);
+    Ref mul(double c, Ref x) { return mul(DoubleDouble(c), x); }
+    // A difference built as written, without reusing an existing y - x.
+    Ref sub_as_written(Ref x, Ref y);
+    // The value without a negation where that is free: a negated difference
+    // a - b becomes b - a.  A positive value is returned as it is; any other
+    // negated value stays negated.
+    Ref absorb_negation(Ref v);
+
+    // Ends a double-precision combination: in the single-precision codelet the
+    // value is rounded to float here; a value that is already float is
+    // returned as it is.
+    Ref round(Ref x);
+
+    const Node& node(int32_t id) const { return nodes_[static_cast<size_t>(id)]; }
+    size_t size() const { return nodes_.size(); }
+    double constant(int32_t index) const { return constants_[static_cast<size_t>(index)].to_double(); }
+    bool in_double(Ref r) const { return node(r.id).in_double; }
+
+private:
+    // What makes two nodes the same: operation, operands and the constant
+    // index or input slot.
+    struct Key {
+        Op op;
+        int32_t a, b, extra;
+        bool operator==(const Key&) const = default;
+    };
+    struct KeyHash {
+        size_t operator()(const Key& key) const;
+    };
+
+    Ref make(const Node& n);
+    const Ref* find(const Key& key) const;
+    int32_t constant_index(DoubleDouble c);
+    static Key key_of(const Node& n) { return {n.op, n.a, n.b, n.op == Op::Input ? n.slot : n.constant}; }
+
+    std::vector<Node> nodes_;
+    std::vector<DoubleDouble> constants_;
+    std::unordered_map<uint64_t, int32_t> constant_by_bits_;
+    std::unordered_map<Key, Ref, KeyHash> existing_;
+};
+
+// The values of the given references for one set of input values (indexed by
+// input slot), evaluated in double: the compiler's own check of its recipes.
+std::vector<double> evaluate(const Graph& g, const std::vector<double>& inputs, const std::vector<Ref>& refs);
+
+} // namespace zg

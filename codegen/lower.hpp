@@ -1,0 +1,65 @@
+// Lowering: a codelet's graph for one precision becomes a typed instruction
+// list, the form every printer works from.
+//
+// All loads come first and all stores last, so every codelet is valid in
+// place.  Each instruction names the precision it computes in: the
+// single-precision codelet evaluates products by constants and their
+// combinations in double and rounds them once; the double-precision codelet
+// computes everything in double and has no rounding steps.
+#pragma once
+
+#include "codelet.hpp"
+#include "frame/scale_rule.hpp"
+
+#include <string>
+#include <vector>
+
+namespace zg {
+
+enum class Type : uint8_t { F32, F64 };
+
+enum class Opcode : uint8_t {
+    Load,      // result = source scalar `slot`
+    Add,       // result = a + b
+    Sub,       // result = a - b
+    MulConst,  // result = constant * a
+    Round,     // result = a rounded to float
+    Store,     // destination scalar `slot` = a scaled as `mode` says
+};
+
+// A value number, possibly negated; value 0 is the constant zero.
+struct Operand {
+    int32_t value = 0;
+    bool neg = false;
+};
+
+struct Instr {
+    Opcode op = Opcode::Load;
+    Type type = Type::F64;     // precision of the result (of the element, for a store)
+    int32_t result = 0;        // the value defined: its graph node, so names are stable
+    Operand a, b;
+    double constant = 0.0;     // MulConst
+    int32_t slot = 0;          // Load and Store: scalar index
+    Store mode = Store::Plain; // Store
+    int32_t last_use = -1;     // index of the last instruction that reads the result
+};
+
+// The codelet as an exported function.
+struct Signature {
+    std::string function;     // e.g. zamgDFTFwd_CToC_16_32fc
+    std::string element;      // C type of one element, e.g. Zam32fc
+    bool complex_elements = false;
+    zam::ScaleRule rule = zam::ScaleRule::Forward;
+    int n = 0;                // the scale literals are 1/n and 1/sqrt(n)
+};
+
+struct Program {
+    Signature sig;
+    Type scalar = Type::F64;  // the element's scalar type
+    std::string plan;
+    std::vector<Instr> code;
+};
+
+Program lower(const CodeletGraph& c, const Signature& sig, Precision p);
+
+} // namespace zg

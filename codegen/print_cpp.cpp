@@ -1,0 +1,118 @@
+#include "print_cpp.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <sstream>
+#include <unordered_map>
+
+namespace zg {
+namespace {
+
+std::string finish_literal(std::string s) {
+    if (s.find_first_of(".en") == std::string::npos) s += ".0";
+    return s;
+}
+
+const char* c_type(Type t) { return t == Type::F32 ? "float" : "double"; }
+
+class Printer {
+public:
+    explicit Printer(const Program& p) : p_(p), single_(p.scalar == Type::F32) {}
+
+    std::string run() {
+        const Signature& sig = p_.sig;
+        const double inv_n = 1.0 / static_cast<double>(sig.n);
+        const double inv_sqrt_n = 1.0 / std::sqrt(static_cast<double>(sig.n));
+        if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
+        out_ << "ZamStatus " << sig.function << "(const " << sig.element << "* src, " << sig.element
+             << "* dst, uint32_t flag)\n{\n";
+        out_ << "    " << c_type(p_.scalar) << " s;\n";
+        out_ << "    if (const ZamStatus st = zam::pick_scale(src, dst, flag, zam::ScaleRule::"
+             << zam::scale_rule_name(sig.rule) << ", " << literal(inv_n) << ", " << literal(inv_sqrt_n)
+             << ", s); st != ZAM_STS_OK)\n        return st;\n";
+        for (const Instr& in : p_.code) statement(in);
+        out_ << "    return ZAM_STS_OK;\n}\n";
+        return out_.str();
+    }
+
+private:
+    std::string literal(double v) const {
+        return single_ ? float_literal(static_cast<float>(v)) : double_literal(v);
+    }
+
+    std::string access(const char* array, int slot) const {
+        std::string s = std::string(array) + '[';
+        if (!p_.sig.complex_elements) return s + std::to_string(slot) + ']';
+        return s + std::to_string(slot / 2) + (slot % 2 ? "].im" : "].re");
+    }
+
+    std::string name(Operand o) const {
+        std::string s;
+        if (o.value == 0) s = single_ ? "0.0f" : "0.0";
+        else s = names_.at(o.value);
+        return o.neg ? "-" + s : s;
+    }
+
+    void define(const Instr& in, const std::string& nm, const std::string& expr) {
+        names_[in.result] = nm;
+        out_ << "    const " << c_type(in.type) << ' ' << nm << " = " << expr << ";\n";
+    }
+
+    void statement(const Instr& in) {
+        const std::string t = "t" + std::to_string(in.result);
+        switch (in.op) {
+        case Opcode::Load: {
+            const std::string nm = p_.sig.complex_elements
+                                       ? "x" + std::to_string(in.slot / 2) + (in.slot % 2 ? "i" : "r")
+                                       : "x" + std::to_string(in.slot);
+            define(in, nm, access("src", in.slot));
+            break;
+        }
+        case Opcode::Add: define(in, t, name(in.a) + " + " + name(in.b)); break;
+        case Opcode::Sub: define(in, t, name(in.a) + " - " + name(in.b)); break;
+        case Opcode::MulConst:
+            if (in.type == Type::F32) define(in, t, name(in.a) + " * " + float_literal(static_cast<float>(in.constant)));
+            else define(in, t, double_literal(in.constant) + " * " + name(in.a));
+            break;
+        case Opcode::Round: define(in, t, "static_cast<float>(" + name(in.a) + ")"); break;
+        case Opcode::Store: out_ << "    " << access("dst", in.slot) << " = " << stored(in) << ";\n"; break;
+        }
+    }
+
+    std::string stored(const Instr& in) const {
+        const std::string v = name(in.a), zero = single_ ? "0.0f" : "0.0";
+        switch (in.mode) {
+        case Store::Plain: return v + " * s";
+        case Store::ZeroMinus: return zero + " - " + v + " * s";
+        case Store::DoubleScale:
+            return single_ ? "static_cast<float>(" + v + " * static_cast<double>(s))" : v + " * s";
+        case Store::DoubleZeroMinus:
+            return single_ ? "static_cast<float>(0.0 - static_cast<double>(s) * " + v + ")" : "0.0 - s * " + v;
+        case Store::ZeroConst: break;
+        }
+        return zero;
+    }
+
+    const Program& p_;
+    const bool single_;
+    std::ostringstream out_;
+    std::unordered_map<int32_t, std::string> names_;
+};
+
+} // namespace
+
+std::string double_literal(double v) {
+    char buf[64];
+    auto r = std::to_chars(buf, buf + sizeof buf, v);
+    return finish_literal(std::string(buf, r.ptr));
+}
+
+std::string float_literal(float v) {
+    char buf[64];
+    auto r = std::to_chars(buf, buf + sizeof buf, v);
+    return finish_literal(std::string(buf, r.ptr)) + "f";
+}
+
+std::string print_cpp(const Program& prog) { return Printer(prog).run(); }
+
+} // namespace zg
