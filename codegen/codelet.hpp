@@ -18,6 +18,7 @@ enum class Store {
     DoubleScale,     // single precision: v, s widened, v * s in double, rounded once
     DoubleZeroMinus, // single precision: 0.0 - s * v in double, rounded once
     ZeroConst,       // exact +0.0, stored without computation
+    Unscaled,        // v itself (the internal blocks of the larger transforms)
 };
 
 struct Output {

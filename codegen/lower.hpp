@@ -44,13 +44,21 @@ struct Instr {
     int32_t last_use = -1;     // index of the last instruction that reads the result
 };
 
-// The codelet as an exported function.
+// What the printed function looks like.
+enum class Form {
+    Codelet,          // ZamStatus name(const T* src, T* dst, uint32_t flag): checks, scale from the flag
+    BufferedCodelet,  // the same with a work buffer argument that it does not use
+    Block,            // void name(const T* src, ptrdiff_t is, T* dst, ptrdiff_t os): strided, no checks
+    ScaledBlock,      // the same with a scale factor argument T s
+};
+
 struct Signature {
     std::string function;     // e.g. zamgDFTFwd_CToC_16_32fc
     std::string element;      // C type of one element, e.g. Zam32fc
     bool complex_elements = false;
     zam::ScaleRule rule = zam::ScaleRule::Forward;
     int n = 0;                // the scale literals are 1/n and 1/sqrt(n)
+    Form form = Form::Codelet;
 };
 
 struct Program {

@@ -15,23 +15,41 @@ std::string finish_literal(std::string s) {
 
 const char* c_type(Type t) { return t == Type::F32 ? "float" : "double"; }
 
+std::string head(const Signature& sig) {
+    const std::string& t = sig.element;
+    switch (sig.form) {
+    case Form::Codelet:
+        return "ZamStatus " + sig.function + "(const " + t + "* src, " + t + "* dst, uint32_t flag)";
+    case Form::BufferedCodelet:
+        return "ZamStatus " + sig.function + "(const " + t + "* src, " + t + "* dst, uint32_t flag, uint8_t* buffer)";
+    case Form::Block:
+        return "void " + sig.function + "(const " + t + "* src, ptrdiff_t is, " + t + "* dst, ptrdiff_t os) noexcept";
+    case Form::ScaledBlock: break;
+    }
+    return "void " + sig.function + "(const " + t + "* src, ptrdiff_t is, " + t + "* dst, ptrdiff_t os, " + t +
+           " s) noexcept";
+}
+
 class Printer {
 public:
     explicit Printer(const Program& p) : p_(p), single_(p.scalar == Type::F32) {}
 
     std::string run() {
         const Signature& sig = p_.sig;
-        const double inv_n = 1.0 / static_cast<double>(sig.n);
-        const double inv_sqrt_n = 1.0 / std::sqrt(static_cast<double>(sig.n));
         if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
-        out_ << "ZamStatus " << sig.function << "(const " << sig.element << "* src, " << sig.element
-             << "* dst, uint32_t flag)\n{\n";
-        out_ << "    " << c_type(p_.scalar) << " s;\n";
-        out_ << "    if (const ZamStatus st = zam::pick_scale(src, dst, flag, zam::ScaleRule::"
-             << zam::scale_rule_name(sig.rule) << ", " << literal(inv_n) << ", " << literal(inv_sqrt_n)
-             << ", s); st != ZAM_STS_OK)\n        return st;\n";
+        out_ << head(sig) << "\n{\n";
+        if (sig.form == Form::Codelet || sig.form == Form::BufferedCodelet) {
+            const double inv_n = 1.0 / static_cast<double>(sig.n);
+            const double inv_sqrt_n = 1.0 / std::sqrt(static_cast<double>(sig.n));
+            out_ << "    " << c_type(p_.scalar) << " s;\n";
+            out_ << "    if (const ZamStatus st = zam::pick_scale(src, dst, flag, zam::ScaleRule::"
+                 << zam::scale_rule_name(sig.rule) << ", " << literal(inv_n) << ", " << literal(inv_sqrt_n)
+                 << ", s); st != ZAM_STS_OK)\n        return st;\n";
+            if (sig.form == Form::BufferedCodelet) out_ << "    (void)buffer;  // no work area at this size\n";
+        }
         for (const Instr& in : p_.code) statement(in);
-        out_ << "    return ZAM_STS_OK;\n}\n";
+        if (sig.form == Form::Codelet || sig.form == Form::BufferedCodelet) out_ << "    return ZAM_STS_OK;\n";
+        out_ << "}\n";
         return out_.str();
     }
 
@@ -42,6 +60,7 @@ private:
 
     std::string access(const char* array, int slot) const {
         std::string s = std::string(array) + '[';
+        if (blocks()) return s + std::to_string(slot) + " * " + (array[0] == 's' ? "is" : "os") + ']';
         if (!p_.sig.complex_elements) return s + std::to_string(slot) + ']';
         return s + std::to_string(slot / 2) + (slot % 2 ? "].im" : "].re");
     }
@@ -88,10 +107,13 @@ private:
             return single_ ? "static_cast<float>(" + v + " * static_cast<double>(s))" : v + " * s";
         case Store::DoubleZeroMinus:
             return single_ ? "static_cast<float>(0.0 - static_cast<double>(s) * " + v + ")" : "0.0 - s * " + v;
+        case Store::Unscaled: return v;
         case Store::ZeroConst: break;
         }
         return zero;
     }
+
+    bool blocks() const { return p_.sig.form == Form::Block || p_.sig.form == Form::ScaledBlock; }
 
     const Program& p_;
     const bool single_;
@@ -114,5 +136,7 @@ std::string float_literal(float v) {
 }
 
 std::string print_cpp(const Program& prog) { return Printer(prog).run(); }
+
+std::string declare_cpp(const Signature& sig) { return head(sig) + ";\n"; }
 
 } // namespace zg

@@ -9,6 +9,8 @@
 namespace zg {
 
 std::string print_cpp(const Program& prog);
+// The declaration of a block (Form::Block or ScaledBlock), for a header.
+std::string declare_cpp(const Signature& sig);
 
 // Shortest decimal literals that read back as exactly the same value.
 std::string double_literal(double v);

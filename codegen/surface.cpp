@@ -7,32 +7,37 @@ namespace zg {
 const std::vector<Family>& families() {
     using R = zam::ScaleRule;
     static const std::vector<Family> table{
-        {"zamgDFTFwd_CToC", Transform::ComplexDft, -1, Layout::None, R::Forward, true, 2, 64, true,
+        {"zamgDFTFwd_CToC", Transform::ComplexDft, -1, Layout::None, R::Forward, true, 2, 64, 64, true,
          "complex DFT, y[k] = s * sum_n x[n] exp(-2 pi i n k / N)"},
-        {"zamgDFTInv_CToC", Transform::ComplexDft, +1, Layout::None, R::Inverse, true, 2, 64, true,
+        {"zamgDFTInv_CToC", Transform::ComplexDft, +1, Layout::None, R::Inverse, true, 2, 64, 64, true,
          "inverse complex DFT, y[k] = s * sum_n x[n] exp(+2 pi i n k / N)"},
-        {"zamgDFTFwd_RToCCS", Transform::RealForward, -1, Layout::CCS, R::Forward, false, 2, 64, true,
+        {"zamgDFTFwd_RToCCS", Transform::RealForward, -1, Layout::CCS, R::Forward, false, 2, 64, 64, true,
          "real DFT to the CCS layout"},
-        {"zamgDFTFwd_RToPack", Transform::RealForward, -1, Layout::Pack, R::Forward, false, 2, 64, true,
+        {"zamgDFTFwd_RToPack", Transform::RealForward, -1, Layout::Pack, R::Forward, false, 2, 64, 64, true,
          "real DFT to the Pack layout"},
-        {"zamgDFTFwd_RToPerm", Transform::RealForward, -1, Layout::Perm, R::Forward, false, 2, 64, true,
+        {"zamgDFTFwd_RToPerm", Transform::RealForward, -1, Layout::Perm, R::Forward, false, 2, 64, 64, true,
          "real DFT to the Perm layout"},
-        {"zamgDFTInv_CCSToR", Transform::RealInverse, +1, Layout::CCS, R::Inverse, false, 2, 64, true,
+        {"zamgDFTInv_CCSToR", Transform::RealInverse, +1, Layout::CCS, R::Inverse, false, 2, 64, 64, true,
          "inverse real DFT from the CCS layout"},
-        {"zamgDFTInv_PackToR", Transform::RealInverse, +1, Layout::Pack, R::Inverse, false, 2, 64, true,
+        {"zamgDFTInv_PackToR", Transform::RealInverse, +1, Layout::Pack, R::Inverse, false, 2, 64, 64, true,
          "inverse real DFT from the Pack layout"},
-        {"zamgDFTInv_PermToR", Transform::RealInverse, +1, Layout::Perm, R::Inverse, false, 2, 64, true,
+        {"zamgDFTInv_PermToR", Transform::RealInverse, +1, Layout::Perm, R::Inverse, false, 2, 64, 64, true,
          "inverse real DFT from the Perm layout"},
-        {"zamgHartley", Transform::Hartley, 0, Layout::None, R::Symmetric, false, 2, 64, true,
+        {"zamgHartley", Transform::Hartley, 0, Layout::None, R::Symmetric, false, 2, 64, 64, true,
          "discrete Hartley transform, y[k] = s * sum_n x[n] (cos + sin)(2 pi n k / N)"},
+        {"zamgWHT", Transform::Wht, 0, Layout::None, R::Symmetric, false, 1, 13, 7, true,
+         "Walsh-Hadamard transform of 2^<N> points, natural order; <N> is the order"},
     };
     return table;
 }
 
 const std::vector<std::string>& hand_written_exports() {
-    static const std::vector<std::string> names{"zamgenGetLibVersion"};
+    static const std::vector<std::string> names{"zamgenGetLibVersion", "zamgWHTGetBufferSize_32f",
+                                                "zamgWHTGetBufferSize_64f"};
     return names;
 }
+
+int length_of(const Family& f, int size) { return f.transform == Transform::Wht ? 1 << size : size; }
 
 std::string element_suffix(const Family& f, Precision p) {
     return std::string(p == Precision::Single ? "32f" : "64f") + (f.complex_elements ? "c" : "");
@@ -67,14 +72,16 @@ std::string declarations() {
          "#ifndef ZAMGEN_FUNCTIONS_H\n#define ZAMGEN_FUNCTIONS_H\n";
     for (const Family& f : families()) {
         s << "\n/* " << f.prefix << "_<N>_<type>: " << f.summary << " */\n";
+        const bool wht = f.transform == Transform::Wht;
         for (Precision p : kPrecisions) {
             const std::string t = element_type(f, p);
+            const std::string arrays = "(const " + t + "* pSrc, " + t + "* pDst, ";
             for (int n = f.first; n <= f.last; ++n)
-                s << "ZAMGEN_API ZamStatus " << codelet_name(f, n, p) << "(const " << t << "* pSrc, " << t
-                  << "* pDst, uint32_t flag);\n";
+                s << "ZAMGEN_API ZamStatus " << codelet_name(f, n, p) << arrays
+                  << (wht ? "uint32_t flag, uint8_t* pBuffer);\n" : "uint32_t flag);\n");
             if (f.dispatcher)
-                s << "ZAMGEN_API ZamStatus " << dispatcher_name(f, p) << "(const " << t << "* pSrc, " << t
-                  << "* pDst, int32_t len, uint32_t flag);\n";
+                s << "ZAMGEN_API ZamStatus " << dispatcher_name(f, p) << arrays
+                  << (wht ? "int32_t order, uint32_t flag, uint8_t* pBuffer);\n" : "int32_t len, uint32_t flag);\n");
         }
     }
     s << "\n#endif /* ZAMGEN_FUNCTIONS_H */\n";
@@ -87,7 +94,8 @@ std::string dispatch_tables() {
     for (const Family& f : families()) {
         if (!f.dispatcher) continue;
         for (Precision p : kPrecisions) {
-            s << "ZAM_DISPATCHER(" << dispatcher_name(f, p) << ", " << element_type(f, p) << ", " << f.first
+            s << (f.transform == Transform::Wht ? "ZAM_BUFFERED_DISPATCHER(" : "ZAM_DISPATCHER(")
+              << dispatcher_name(f, p) << ", " << element_type(f, p) << ", " << f.first
               << ", " << f.last;
             for (int n = f.first; n <= f.last; ++n) s << ",\n    " << codelet_name(f, n, p);
             s << ")\n";
@@ -97,17 +105,26 @@ std::string dispatch_tables() {
 }
 
 // One row per codelet: name, element type, family, length, input and output
-// elements, scale rule, layout (0 none, 1 CCS, 2 Pack, 3 Perm), exponent sign.
+// elements, scale rule, layout (0 none, 1 CCS, 2 Pack, 3 Perm), exponent sign;
+// ZAM_WHT rows (name, element type, order) for the Walsh-Hadamard codelets.
+// An includer defines the macros it wants; the others expand to nothing.
 std::string registry() {
     std::ostringstream s;
-    s << "// Generated by zamgen-codegen from the table of exports; do not edit.\n";
+    s << "// Generated by zamgen-codegen from the table of exports; do not edit.\n"
+         "#ifndef ZAM_CODELET\n#define ZAM_CODELET(...)\n#endif\n#ifndef ZAM_WHT\n#define ZAM_WHT(...)\n#endif\n";
     for (const Family& f : families())
         for (Precision p : kPrecisions)
-            for (int n = f.first; n <= f.last; ++n)
+            for (int n = f.first; n <= f.last; ++n) {
+                if (f.transform == Transform::Wht) {
+                    s << "ZAM_WHT(" << codelet_name(f, n, p) << ", " << element_type(f, p) << ", " << n << ")\n";
+                    continue;
+                }
                 s << "ZAM_CODELET(" << codelet_name(f, n, p) << ", " << element_type(f, p) << ", \"" << f.prefix
                   << "\", " << n << ", " << input_elements(f, n) << ", " << output_elements(f, n)
                   << ", zam::ScaleRule::" << zam::scale_rule_name(f.rule) << ", " << static_cast<int>(f.layout)
                   << ", " << f.sign << ")\n";
+            }
+    s << "#undef ZAM_CODELET\n#undef ZAM_WHT\n";
     return s.str();
 }
 
@@ -118,16 +135,17 @@ const Budget* budget_of(const Family& f, int n) {
     case Transform::ComplexDft: return &budgets_of(n).complex;
     case Transform::RealForward: return &budgets_of(n).real_forward;
     case Transform::RealInverse: return &budgets_of(n).real_inverse;
-    case Transform::Hartley: break;
+    case Transform::Hartley:
+    case Transform::Wht: break;
     }
     return nullptr;
 }
 
 int input_elements(const Family& f, int n) {
-    return f.transform == Transform::RealInverse ? packed_elements(f.layout, n) : n;
+    return f.transform == Transform::RealInverse ? packed_elements(f.layout, n) : length_of(f, n);
 }
 int output_elements(const Family& f, int n) {
-    return f.transform == Transform::RealForward ? packed_elements(f.layout, n) : n;
+    return f.transform == Transform::RealForward ? packed_elements(f.layout, n) : length_of(f, n);
 }
 
 std::vector<std::pair<std::string, std::string>> surface_files() {

@@ -14,7 +14,7 @@
 
 namespace zg {
 
-enum class Transform { ComplexDft, RealForward, RealInverse, Hartley };
+enum class Transform { ComplexDft, RealForward, RealInverse, Hartley, Wht };
 enum class Layout { None, CCS, Pack, Perm };
 
 struct Family {
@@ -24,8 +24,9 @@ struct Family {
     Layout layout;          // of the packed half spectrum (real transforms)
     zam::ScaleRule rule;
     bool complex_elements;  // 32fc/64fc, else 32f/64f
-    int first, last;        // the lengths
-    bool dispatcher;        // prefix_<type> takes the length at run time
+    int first, last;        // the sizes in the names: lengths, or orders of the Walsh-Hadamard transform
+    int generated_last;     // the codelets of larger sizes are written by hand
+    bool dispatcher;        // prefix_<type> takes the size at run time
     const char* summary;    // one line for the header
 };
 
@@ -34,6 +35,8 @@ const std::vector<Family>& families();
 // Exports that are written by hand (declared in include/zamgen.h).
 const std::vector<std::string>& hand_written_exports();
 
+// The transform length of a size in the names (2^order for the Walsh-Hadamard transform).
+int length_of(const Family& f, int size);
 std::string element_suffix(const Family& f, Precision p);   // "32fc"
 std::string element_type(const Family& f, Precision p);     // "Zam32fc"
 std::string codelet_name(const Family& f, int n, Precision p);

@@ -124,6 +124,26 @@ int main(void)
         printf("\n");
     }
 
+    /* Walsh-Hadamard: order 3 in natural order, and order 10 with the work
+     * buffer the size query asks for, applied twice to come back. */
+    {
+        const float w[8] = {1, 0, 1, 0, 0, 1, 0, 1};
+        float hw[8];
+        zamgWHT_3_32f(w, hw, ZAM_NODIV_BY_ANY, NULL);
+        printf("zamgWHT_3_32f of (1, 0, 1, 0, 0, 1, 0, 1):\n ");
+        for (int k = 0; k < 8; ++k) printf(" %.0f", hw[k]);
+        static double big[1024], once[1024], twice[1024];
+        static uint8_t work[8192];
+        int32_t bytes = 0;
+        zamgWHTGetBufferSize_64f(10, &bytes);
+        for (int k = 0; k < 1024; ++k) big[k] = sin(0.01 * k * k);
+        zamgWHT_64f(big, once, 10, ZAM_DIV_BY_SQRTN, work);
+        zamgWHT_64f(once, twice, 10, ZAM_DIV_BY_SQRTN, work);
+        double err = 0.0;
+        for (int k = 0; k < 1024; ++k) err = fmax(err, fabs(twice[k] - big[k]));
+        printf("\n  order 10 (buffer of %d bytes), twice with ZAM_DIV_BY_SQRTN: max error %.2e\n\n", bytes, err);
+    }
+
     printf("Round trips, forward then inverse with the same flag:\n");
     round_trip(8, zamgDFTFwd_CToC_8_32fc, zamgDFTInv_CToC_8_32fc, zamgDFTFwd_CToC_8_64fc,
                zamgDFTInv_CToC_8_64fc);

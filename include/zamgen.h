@@ -158,6 +158,34 @@ ZAMGEN_API const ZamLibVersion* zamgenGetLibVersion(void);
  */
 #include "zamgen_functions.h"
 
+/* ---- Walsh-Hadamard transform ---------------------------------------------
+ *   ZamStatus zamgWHT_<order>_32f|64f(const T* pSrc, T* pDst, uint32_t flag, uint8_t* pBuffer);
+ *   ZamStatus zamgWHT_32f|64f(const T* pSrc, T* pDst, int32_t order, uint32_t flag, uint8_t* pBuffer);
+ *
+ * For order 1 to 13, N = 2^order real values:
+ *   y[k] = s * sum_n (-1)^popcount(k & n) x[n],
+ * the Hadamard matrix in natural (Kronecker) order, not sequency order.  The
+ * transform is its own inverse up to N: flags 1 and 2 both scale by 1/N, 4 by
+ * 1/sqrt(N), 8 by 1; the scale is applied once, to every output.  Single
+ * precision is computed in single precision throughout.
+ *
+ * Orders 8 to 13 need a work buffer of zamgWHTGetBufferSize_32f|64f bytes
+ * (orders 1 to 7 need none and ignore the argument).  The buffer belongs to
+ * the caller; its content on entry does not matter and on return is
+ * undefined; it needs no alignment beyond that of the element type, and two
+ * calls running at once must not share one.  With a null buffer the call
+ * takes one of that size from zamMalloc and gives it back before it returns
+ * (the allocation is not checked).  Source and destination may be the same
+ * array.  zamgWHT_32f|64f test the order first (ZAM_STS_SIZE_ERR outside
+ * 1..13, whatever the pointers), then call the codelet of that order.
+ *
+ * zamgWHTGetBufferSize_32f|64f store the buffer size in bytes for an order
+ * (0 for orders 1 to 7; order 12: 17408 / 34816, order 13: 36864 / 73728);
+ * an order outside 1..13 returns ZAM_STS_SIZE_ERR and leaves *pSize alone.
+ */
+ZAMGEN_API ZamStatus zamgWHTGetBufferSize_32f(int32_t order, int32_t* pSize);
+ZAMGEN_API ZamStatus zamgWHTGetBufferSize_64f(int32_t order, int32_t* pSize);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

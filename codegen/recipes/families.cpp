@@ -24,6 +24,7 @@ CodeletGraph build_codelet(Planner& planner, const Family& f, int n) {
     case Transform::ComplexDft: return complex_codelet(planner, n, f.sign);
     case Transform::RealForward: return real_forward_codelet(planner, n, f.layout);
     case Transform::RealInverse: return real_inverse_codelet(planner, n, f.layout);
+    case Transform::Wht: return wht_graph(length_of(f, n), Store::Plain);
     case Transform::Hartley: break;
     }
     return hartley_codelet(planner, n);

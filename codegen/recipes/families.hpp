@@ -16,4 +16,16 @@ CodeletGraph real_forward_codelet(Planner& planner, int n, Layout l);
 CodeletGraph real_inverse_codelet(Planner& planner, int n, Layout l);
 CodeletGraph hartley_codelet(Planner& planner, int n);
 
+// The Walsh-Hadamard transform of n points, every output stored as `mode` says.
+CodeletGraph wht_graph(int n, Store mode);
+
+// The straight-line blocks that hand-written transforms are built from:
+// void name_<type>(src, is, dst, os[, s]), strided, unscaled or scaled.
+struct Block {
+    std::string name;
+    int n;
+    bool scaled;
+};
+const std::vector<Block>& internal_blocks();
+
 } // namespace zg
