@@ -1,0 +1,167 @@
+// zamgen-bench: ns per call of the library's transforms and of FFTW's plans
+// for the same transform, length and precision, in one run, on the same
+// aligned buffers.  Names are <library>/<family>/<precision>/<size>, so
+// ratios.py can pair them.
+//
+//   zamgen-bench [--family=wht,complex,real,hartley] [Google Benchmark options]
+#include "zamgen.h"
+#include "zamcore.h"
+
+#include <benchmark/benchmark.h>
+#include <fftw3.h>
+
+#include <cstring>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// FFTW's API per precision.
+template <class T>
+struct Fftw;
+template <>
+struct Fftw<float> {
+    using Plan = fftwf_plan;
+    using Complex = fftwf_complex;
+    static constexpr auto r2r = fftwf_plan_r2r, execute = fftwf_execute, destroy = fftwf_destroy_plan;
+    static constexpr auto dft_1d = fftwf_plan_dft_1d;
+    static constexpr auto r2c_1d = fftwf_plan_dft_r2c_1d;
+    static constexpr auto r2r_1d = fftwf_plan_r2r_1d;
+};
+template <>
+struct Fftw<double> {
+    using Plan = fftw_plan;
+    using Complex = fftw_complex;
+    static constexpr auto r2r = fftw_plan_r2r, execute = fftw_execute, destroy = fftw_destroy_plan;
+    static constexpr auto dft_1d = fftw_plan_dft_1d;
+    static constexpr auto r2c_1d = fftw_plan_dft_r2c_1d;
+    static constexpr auto r2r_1d = fftw_plan_r2r_1d;
+};
+
+// Input and output buffers of `scalars` values each, aligned, shared by both
+// libraries for one size.
+template <class T>
+struct Buffers {
+    explicit Buffers(size_t scalars)
+        : in(static_cast<T*>(zamMalloc(static_cast<uint32_t>(scalars * sizeof(T))))),
+          out(static_cast<T*>(zamMalloc(static_cast<uint32_t>(scalars * sizeof(T))))) {
+        std::mt19937 gen(1);
+        std::uniform_real_distribution<T> d(-1, 1);
+        for (size_t i = 0; i < scalars; ++i) in[i] = d(gen);
+    }
+    ~Buffers() {
+        zamFree(in);
+        zamFree(out);
+    }
+    T* in;
+    T* out;
+};
+
+const char* precision(bool single) { return single ? "32f" : "64f"; }
+
+// Registers ours and FFTW's run of one transform on one pair of buffers.
+// `plan` makes FFTW's plan (FFTW_MEASURE overwrites the buffers, so the input
+// is filled again afterwards).
+template <class T>
+void pair(const std::string& family, int size, size_t scalars, std::function<void(T*, T*)> ours,
+          std::function<typename Fftw<T>::Plan(T*, T*)> plan) {
+    auto* b = new Buffers<T>(scalars);  // lives as long as the benchmarks
+    std::vector<T> saved(b->in, b->in + scalars);
+    const typename Fftw<T>::Plan p = plan(b->in, b->out);
+    std::memcpy(b->in, saved.data(), scalars * sizeof(T));
+    const std::string tail = "/" + family + "/" + precision(sizeof(T) == 4) + "/" + std::to_string(size);
+    benchmark::RegisterBenchmark(("zamgen" + tail).c_str(), [b, ours](benchmark::State& st) {
+        for (auto _ : st) {
+            ours(b->in, b->out);
+            benchmark::ClobberMemory();
+        }
+    });
+    benchmark::RegisterBenchmark(("fftw" + tail).c_str(), [p](benchmark::State& st) {
+        for (auto _ : st) {
+            Fftw<T>::execute(p);
+            benchmark::ClobberMemory();
+        }
+    });
+}
+
+// The Walsh-Hadamard transform of order k is FFTW's real-to-halfcomplex
+// transform of rank k with every axis of length 2 (a butterfly per axis).
+template <class T>
+void wht(ZamStatus (*entry)(const T*, T*, int32_t, uint32_t, uint8_t*),
+         ZamStatus (*size)(int32_t, int32_t*)) {
+    for (int order = 1; order <= 13; ++order) {
+        int32_t bytes = 0;
+        size(order, &bytes);
+        auto* work = static_cast<uint8_t*>(zamMalloc(static_cast<uint32_t>(bytes) + 64));
+        pair<T>("wht", order, size_t{1} << order,
+                [=](T* in, T* out) { entry(in, out, order, ZAM_NODIV_BY_ANY, work); },
+                [=](T* in, T* out) {
+                    std::vector<int> n(static_cast<size_t>(order), 2);
+                    std::vector<fftw_r2r_kind> kinds(static_cast<size_t>(order), FFTW_R2HC);
+                    return Fftw<T>::r2r(order, n.data(), in, out, kinds.data(), FFTW_MEASURE);
+                });
+    }
+}
+
+template <class T, class C>
+void complex_dft(ZamStatus (*dispatcher)(const C*, C*, int32_t, uint32_t)) {
+    for (int n = 2; n <= 64; ++n)
+        pair<T>("complex", n, 2 * static_cast<size_t>(n),
+                [=](T* in, T* out) { dispatcher(reinterpret_cast<C*>(in), reinterpret_cast<C*>(out), n, ZAM_NODIV_BY_ANY); },
+                [=](T* in, T* out) {
+                    using X = typename Fftw<T>::Complex;
+                    return Fftw<T>::dft_1d(n, reinterpret_cast<X*>(in), reinterpret_cast<X*>(out), FFTW_FORWARD,
+                                           FFTW_MEASURE);
+                });
+}
+
+template <class T>
+void real_dft(ZamStatus (*dispatcher)(const T*, T*, int32_t, uint32_t)) {
+    for (int n = 2; n <= 64; ++n)
+        pair<T>("real", n, static_cast<size_t>(n) + 2, [=](T* in, T* out) { dispatcher(in, out, n, ZAM_NODIV_BY_ANY); },
+                [=](T* in, T* out) {
+                    return Fftw<T>::r2c_1d(n, in, reinterpret_cast<typename Fftw<T>::Complex*>(out), FFTW_MEASURE);
+                });
+}
+
+template <class T>
+void hartley(ZamStatus (*dispatcher)(const T*, T*, int32_t, uint32_t)) {
+    for (int n = 2; n <= 64; ++n)
+        pair<T>("hartley", n, static_cast<size_t>(n), [=](T* in, T* out) { dispatcher(in, out, n, ZAM_NODIV_BY_ANY); },
+                [=](T* in, T* out) { return Fftw<T>::r2r_1d(n, in, out, FFTW_DHT, FFTW_MEASURE); });
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::string families = "wht,complex,real,hartley";
+    std::vector<char*> rest;
+    for (int i = 0; i < argc; ++i) {
+        if (std::strncmp(argv[i], "--family=", 9) == 0) families = argv[i] + 9;
+        else rest.push_back(argv[i]);
+    }
+    auto wanted = [&](const char* f) { return ("," + families + ",").find(std::string(",") + f + ",") != std::string::npos; };
+    if (wanted("wht")) {
+        wht<float>(zamgWHT_32f, zamgWHTGetBufferSize_32f);
+        wht<double>(zamgWHT_64f, zamgWHTGetBufferSize_64f);
+    }
+    if (wanted("complex")) {
+        complex_dft<float, Zam32fc>(zamgDFTFwd_CToC_32fc);
+        complex_dft<double, Zam64fc>(zamgDFTFwd_CToC_64fc);
+    }
+    if (wanted("real")) {
+        real_dft<float>(zamgDFTFwd_RToCCS_32f);
+        real_dft<double>(zamgDFTFwd_RToCCS_64f);
+    }
+    if (wanted("hartley")) {
+        hartley<float>(zamgHartley_32f);
+        hartley<double>(zamgHartley_64f);
+    }
+    int count = static_cast<int>(rest.size());
+    benchmark::Initialize(&count, rest.data());
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
