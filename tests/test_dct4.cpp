@@ -12,7 +12,13 @@
 #include <cstdlib>
 #include <memory>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#else
 #include <sys/mman.h>
 #include <unistd.h>
 #endif
@@ -67,6 +73,45 @@ struct Buffer {
     }
     uint64_t cursor_offset() const { return arena_cursor(p) - as_value(p); }
 };
+
+// Pages of memory at a chosen address (or anywhere for 0), read-write; null
+// when the system will not give them there.
+uint8_t* map_pages(uintptr_t address, size_t bytes)
+{
+#if defined(_WIN32)
+    return static_cast<uint8_t*>(
+        VirtualAlloc(reinterpret_cast<void*>(address), bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+#else
+    const int fixed = address != 0 ? MAP_FIXED_NOREPLACE : 0;
+    void* m = mmap(reinterpret_cast<void*>(address), bytes, PROT_READ | PROT_WRITE,
+                   MAP_PRIVATE | MAP_ANONYMOUS | fixed, -1, 0);
+    if (m == MAP_FAILED) return nullptr;
+    if (address != 0 && m != reinterpret_cast<void*>(address)) {
+        munmap(m, bytes);
+        return nullptr;
+    }
+    return static_cast<uint8_t*>(m);
+#endif
+}
+void unmap_pages(uint8_t* p, size_t bytes)
+{
+#if defined(_WIN32)
+    (void)bytes;
+    VirtualFree(p, 0, MEM_RELEASE);
+#else
+    munmap(p, bytes);
+#endif
+}
+bool forbid_access(uint8_t* p, size_t bytes)
+{
+#if defined(_WIN32)
+    DWORD old;
+    return VirtualProtect(p, bytes, PAGE_NOACCESS, &old) != 0;
+#else
+    return mprotect(p, bytes, PROT_NONE) == 0;
+#endif
+}
+constexpr size_t kPage = 65536;  // a multiple of every page size and allocation granule in use
 
 // ---- A long-double reference: the DCT-IV through a complex FFT of N/2 ------
 
@@ -329,57 +374,42 @@ TYPED_TEST(Dct4, CursorFollowsTheSignedRemainder)
     Buffer aligned(256);
     ASSERT_EQ(Api<T>::init(&spec, 8, aligned.p), ZAM_STS_OK);
     EXPECT_EQ(aligned.cursor_offset(), 64u + 192u);
-#if defined(_WIN32)
-    GTEST_SKIP() << "placing a buffer at a chosen address needs mmap";
-#else
-    const long page = sysconf(_SC_PAGESIZE);
     const struct { uintptr_t address; uint64_t offset; } cases[] = {
         {uintptr_t(0x6a0000000000), 63}, {uintptr_t(0x6a0080000000), 95}};
     for (auto c : cases) {
-        void* m = mmap(reinterpret_cast<void*>(c.address), size_t(page), PROT_READ | PROT_WRITE,
-                       MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
-        if (m != reinterpret_cast<void*>(c.address)) {
-            if (m != MAP_FAILED) munmap(m, size_t(page));
-            GTEST_SKIP() << "cannot map a page at " << std::hex << c.address;
-        }
-        uint8_t* p = static_cast<uint8_t*>(m) + 1;
+        uint8_t* m = map_pages(c.address, kPage);
+        if (m == nullptr) GTEST_SKIP() << "the system gives no page at 0x" << std::hex << c.address;
+        uint8_t* p = m + 1;
         ASSERT_EQ(Api<T>::init(&spec, 64, p), ZAM_STS_OK);
         auto* s = reinterpret_cast<Spec<T>*>(spec);
         EXPECT_EQ(as_value(s) - as_value(p), c.offset);
         EXPECT_EQ(as_value(s) % 32, 0u);
         destroy(s);
         EXPECT_EQ(arena_cursor(p) - as_value(p), c.offset);
-        munmap(m, size_t(page));
+        unmap_pages(m, kPage);
     }
-#endif
 }
 
 // A 32-byte-aligned buffer of exactly GetSize bytes, followed by a page that
 // cannot be touched, holds the whole specification and its scratch.
 TYPED_TEST(Dct4, BufferOfExactlyGetSizeBytesIsNotOverrun)
 {
-#if defined(_WIN32)
-    GTEST_SKIP() << "guard pages are set up with mmap";
-#else
     using T = TypeParam;
-    const size_t page = size_t(sysconf(_SC_PAGESIZE));
     Random rng(7);
     for (int32_t n : lengths_up_to(1 << 16)) {
         uint32_t size = 0;
         ASSERT_EQ(Api<T>::get_size(n, &size), ZAM_STS_OK);
-        const size_t span = (size + page - 1) / page * page;
-        auto* m = static_cast<uint8_t*>(
-            mmap(nullptr, span + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        ASSERT_NE(m, MAP_FAILED);
-        ASSERT_EQ(mprotect(m + span, page, PROT_NONE), 0);
+        const size_t span = (size + kPage - 1) / kPage * kPage;
+        uint8_t* m = map_pages(0, span + kPage);
+        ASSERT_NE(m, nullptr);
+        ASSERT_TRUE(forbid_access(m + span, kPage));
         uint8_t* p = m + span - size;
         typename Api<T>::Spec* spec = nullptr;
         ASSERT_EQ(Api<T>::init(&spec, n, p), ZAM_STS_OK);
         std::vector<T> x = rng.reals<T>(size_t(n)), y(static_cast<size_t>(n));
         EXPECT_EQ(Api<T>::run(x.data(), y.data(), spec), ZAM_STS_OK);
-        munmap(m, span + page);
+        unmap_pages(m, span + kPage);
     }
-#endif
 }
 
 // ---- The transform -----------------------------------------------------------
