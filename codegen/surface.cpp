@@ -32,8 +32,11 @@ const std::vector<Family>& families() {
 }
 
 const std::vector<std::string>& hand_written_exports() {
-    static const std::vector<std::string> names{"zamgenGetLibVersion", "zamgWHTGetBufferSize_32f",
-                                                "zamgWHTGetBufferSize_64f"};
+    static const std::vector<std::string> names{
+        "zamgenGetLibVersion",    "zamgWHTGetBufferSize_32f", "zamgWHTGetBufferSize_64f", "zamgDCT4GetSize_32f",
+        "zamgDCT4GetSize_64f",    "zamgDCT4Init_32f",         "zamgDCT4Init_64f",         "zamgDCT4InitAlloc_32f",
+        "zamgDCT4InitAlloc_64f",  "zamgDCT4Free_32f",         "zamgDCT4Free_64f",         "zamgDCT4_32f",
+        "zamgDCT4_64f"};
     return names;
 }
 

@@ -186,6 +186,64 @@ ZAMGEN_API const ZamLibVersion* zamgenGetLibVersion(void);
 ZAMGEN_API ZamStatus zamgWHTGetBufferSize_32f(int32_t order, int32_t* pSize);
 ZAMGEN_API ZamStatus zamgWHTGetBufferSize_64f(int32_t order, int32_t* pSize);
 
+/* ---- DCT-IV ----------------------------------------------------------------
+ * The unnormalised type-IV discrete cosine transform of a power-of-two length
+ * N (2 <= N <= 2^27 in _32f, 2^26 in _64f):
+ *
+ *   y[k] = sum_{n=0}^{N-1} x[n] cos(pi/N (n + 1/2)(k + 1/2)),  k = 0..N-1.
+ *
+ * It is its own inverse up to the factor 2/N, which the caller applies if
+ * wanted; there is no scaling flag.  Lengths 2 to 32 run one straight kernel,
+ * 64 and above a two-pass factorised scheme with precomputed tables.
+ *
+ * Life cycle.  A specification holds what one length needs (plan, tables,
+ * a scratch vector) inside one buffer:
+ *   1. zamgDCT4GetSize_<T>(N, &size): the buffer size in bytes; -6 for a
+ *      length that is not a power of two from 2 up to the largest above (the
+ *      size would no longer fit a signed 32-bit count), -8 for a null pointer.
+ *   2. zamgDCT4Init_<T>(&spec, N, buffer): builds the specification inside
+ *      the caller's buffer of at least that size; the buffer's contents are
+ *      not read, its first eight bytes become the allocation cursor.  -8 for
+ *      a null out pointer or buffer, -6 for an illegal length (the out pointer
+ *      is then not written).  The buffer belongs to the caller: the
+ *      specification lives as long as the buffer is kept unchanged, and is
+ *      ended by discarding the buffer.  Never pass such a specification to
+ *      zamgDCT4Free_<T>.
+ *      Alignment: the cursor starts 64 bytes into the buffer less the
+ *      remainder, by 32, of the low 32 address bits taken as a signed
+ *      integer.  For a 32-byte-aligned buffer that is exactly the 64 bytes
+ *      of headroom that GetSize includes.  For an unaligned buffer whose low
+ *      32 address bits have the top bit set the remainder is negative and the
+ *      cursor lands up to 95 bytes in, so the specification ends up to 31
+ *      bytes past the end of a buffer of exactly GetSize bytes.  Use a
+ *      32-byte-aligned buffer (zamMalloc gives 64-byte alignment), or add 32
+ *      bytes.
+ *   3. zamgDCT4InitAlloc_<T>(&spec, N): the same in memory from zamMalloc;
+ *      -8 for a null out pointer, otherwise the status of GetSize or Init
+ *      (an exhausted allocator shows as -8).  Nothing stays allocated on
+ *      failure.  End it with zamgDCT4Free_<T>(spec) (-8 for null).
+ *   4. zamgDCT4_<T>(src, dst, spec): the transform of N elements; src may be
+ *      dst.  -8 for any null pointer, -5 for memory that holds no built
+ *      specification (a kind outside 1..6, for example a zero-filled record).
+ *
+ * Threads: specifications are independent.  For N >= 64 the transform writes
+ * the specification's scratch vector, so each thread needs a specification
+ * of its own; for N <= 32 one specification may serve any number of threads.
+ */
+typedef struct ZamDCT4Spec_32f ZamDCT4Spec_32f;  /* opaque */
+typedef struct ZamDCT4Spec_64f ZamDCT4Spec_64f;  /* opaque */
+
+ZAMGEN_API ZamStatus zamgDCT4GetSize_32f(int32_t len, uint32_t* pSize);
+ZAMGEN_API ZamStatus zamgDCT4GetSize_64f(int32_t len, uint32_t* pSize);
+ZAMGEN_API ZamStatus zamgDCT4Init_32f(ZamDCT4Spec_32f** ppSpec, int32_t len, uint8_t* pBuffer);
+ZAMGEN_API ZamStatus zamgDCT4Init_64f(ZamDCT4Spec_64f** ppSpec, int32_t len, uint8_t* pBuffer);
+ZAMGEN_API ZamStatus zamgDCT4InitAlloc_32f(ZamDCT4Spec_32f** ppSpec, int32_t len);
+ZAMGEN_API ZamStatus zamgDCT4InitAlloc_64f(ZamDCT4Spec_64f** ppSpec, int32_t len);
+ZAMGEN_API ZamStatus zamgDCT4Free_32f(ZamDCT4Spec_32f* pSpec);
+ZAMGEN_API ZamStatus zamgDCT4Free_64f(ZamDCT4Spec_64f* pSpec);
+ZAMGEN_API ZamStatus zamgDCT4_32f(const Zam32f* pSrc, Zam32f* pDst, const ZamDCT4Spec_32f* pSpec);
+ZAMGEN_API ZamStatus zamgDCT4_64f(const Zam64f* pSrc, Zam64f* pDst, const ZamDCT4Spec_64f* pSpec);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

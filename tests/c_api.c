@@ -30,5 +30,13 @@ int zt_c_api_check(void)
     zamFree(p);
     zamFree(NULL);
     if (zamMalloc(0) != NULL) return 7;
+
+    ZamDCT4Spec_32f* d4 = NULL;
+    Zam32f dx[2] = {1.0f, 0.0f}, dy[2];
+    uint32_t d4size = 0;
+    if (zamgDCT4GetSize_32f(2, &d4size) != ZAM_STS_OK || d4size != 256) return 11;
+    if (zamgDCT4InitAlloc_32f(&d4, 2) != ZAM_STS_OK) return 12;
+    if (zamgDCT4_32f(dx, dy, d4) != ZAM_STS_OK || dy[0] != 0.9238795f || dy[1] != 0.38268343f) return 13;
+    if (zamgDCT4Free_32f(d4) != ZAM_STS_OK) return 14;
     return 0;
 }

@@ -1,0 +1,295 @@
+// The DCT-IV kernels of lengths 2, 4 and 8, the first-pass kernels of 2, 4
+// and 8 points, the second-pass kernels of radix 1, 2 and 4, and the drivers
+// of the two passes.  The longer kernels are in kernels_reference.cpp.
+#include "dct4/kernels.hpp"
+
+namespace zam::dct4 {
+
+// ---- Direct kernels ----------------------------------------------------------
+
+template <class T>
+void direct2(const T* x, T* y)
+{
+    const T a = x[0], b = x[1];
+    y[0] = K<T>::c8 * a + K<T>::s8 * b;
+    y[1] = K<T>::s8 * a - K<T>::c8 * b;
+}
+
+// Two rotations as three lifting steps each (tangent, sine, tangent), then a
+// butterfly scaled by sqrt(1/2).
+template <class T>
+void direct4(const T* x, T* y)
+{
+    const T t1 = K<T>::t7, t2 = K<T>::t5, s1 = K<T>::s7_16, s2 = K<T>::s5_16, h = K<T>::h;
+    const T x0 = x[0], x1 = x[1], x2 = x[2], x3 = x[3];
+    const T u = x0 - t1 * x3, v = x1 - t2 * x2;
+    const T p = x3 + s1 * u, q = x2 + s2 * v;
+    const T u1 = u - t1 * p, v1 = v - t2 * q;
+    const T w = (u1 + v1) * h;
+    const T d = (p - q) * h;
+    y[0] = p + q;
+    y[3] = u1 - v1;
+    y[1] = d + w;
+    y[2] = d - w;
+}
+
+// Mirrored pairs folded with sqrt(1/2), rotations by pi/32, 3pi/32, 7pi/32,
+// then butterflies whose cross terms are scaled by sqrt(1/2).
+template <class T>
+void direct8(const T* x, T* y)
+{
+    using C = K<T>;
+    const T h = C::h;
+    const T x0 = x[0], x1 = x[1], x2 = x[2], x3 = x[3], x4 = x[4], x5 = x[5], x6 = x[6], x7 = x[7];
+    const T p = h * (x4 + x3), q = h * (x4 - x3), u = h * (x5 + x2), w = h * (x5 - x2);
+    const T A = x0 + p, E = x0 - p, B = x1 + u, H = x1 - u;
+    const T D = q - x7, F = q + x7, Kk = w - x6, G = w + x6;
+    const T R1 = C::c1 * A - C::s1 * D, I1 = C::s1 * A + C::c1 * D;
+    const T R2 = C::c3 * B - C::s3 * Kk, I2 = C::s3 * B + C::c3 * Kk;
+    const T R3 = C::c3 * E - C::s3 * F, I3 = C::s3 * E + C::c3 * F;
+    const T R4 = C::s7 * H - C::c7 * G, I4 = C::c7 * H + C::s7 * G;
+    const T a1 = h * (R1 - R2), b1 = h * (I1 + I2);
+    const T a2 = h * (R3 - R4), b2 = h * (I3 + I4);
+    y[0] = R1 + R2;
+    y[7] = I1 - I2;
+    y[4] = a1 - b1;
+    y[3] = a1 + b1;
+    y[1] = R3 + R4;
+    y[6] = I3 - I4;
+    y[5] = a2 - b2;
+    y[2] = a2 + b2;
+}
+
+// ---- First-pass kernels --------------------------------------------------------
+
+template <class T>
+void first2(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
+{
+    const T a = x[off], b = x[L - off - s];
+    out[0] = a;
+    out[t] = -b;
+}
+
+template <class T>
+void first4(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
+{
+    const T h = K<T>::h;
+    const T a = x[off], b = x[off + s], d = x[L - off - 2 * s], e = x[L - off - 3 * s];
+    const T sum = h * (b + e), dif = h * (b - e);
+    out[0] = a + sum;
+    out[t] = dif - d;
+    out[2 * t] = a - sum;
+    out[3 * t] = d + dif;
+}
+
+template <class T>
+void first8(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
+{
+    const T h = K<T>::h, c = K<T>::c8, n = K<T>::s8;
+    const T a0 = x[off], a1 = x[off + s], a2 = x[off + 2 * s], a3 = x[off + 3 * s];
+    const T b4 = x[L - off - 4 * s], b5 = x[L - off - 5 * s], b6 = x[L - off - 6 * s], b7 = x[L - off - 7 * s];
+    const T p = h * (a2 + b6), q = h * (a2 - b6), u = h * (a3 + b7), w = h * (a3 - b7);
+    const T A = a0 + p, B = a1 + u, D = w - b5, E = a0 - p, F = a1 - u, G = b5 + w;
+    const T r0 = c * B - n * D, i0 = n * B + c * D, r1 = n * F - c * G, i1 = c * F + n * G;
+    const T qm = q - b4, qp = b4 + q;
+    out[0] = A + r0;
+    out[6 * t] = A - r0;
+    out[t] = qm + i0;
+    out[7 * t] = i0 - qm;
+    out[2 * t] = E + r1;
+    out[4 * t] = E - r1;
+    out[3 * t] = qp + i1;
+    out[5 * t] = i1 - qp;
+}
+
+// ---- Second-pass kernels -------------------------------------------------------
+
+template <class T>
+void second1(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
+{
+    const T a = v[0], b = v[1], u = tw[0], w = tw[1];
+    y[g] = u * a - w * b;
+    y[L - S - g] = w * a + u * b;
+}
+
+template <class T>
+void second2(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
+{
+    const T h = K<T>::h;
+    const T pr = v[0] * tw[0] - v[2] * tw[1], pi = v[0] * tw[1] + v[2] * tw[0];
+    const T qr = v[1] * tw[2] - v[3] * tw[3], qi = v[1] * tw[3] + v[3] * tw[2];
+    const T a = h * (pr - qr), b = h * (pi + qi);
+    y[g] = pr + qr;
+    y[g + S] = a - b;
+    y[L - g - 2 * S] = pi - qi;
+    y[L - g - 3 * S] = a + b;
+}
+
+template <class T>
+void second4(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
+{
+    const T h = K<T>::h, c = K<T>::c8, n = K<T>::s8;
+    // Values 0, 3, 1, 2 take the group's four table pairs in that order.
+    const T r0 = v[0] * tw[0] - v[4] * tw[1], i0 = v[0] * tw[1] + v[4] * tw[0];
+    const T r3 = v[3] * tw[2] - v[7] * tw[3], i3 = v[3] * tw[3] + v[7] * tw[2];
+    const T r1 = v[1] * tw[4] - v[5] * tw[5], i1 = v[1] * tw[5] + v[5] * tw[4];
+    const T r2 = v[2] * tw[6] - v[6] * tw[7], i2 = v[2] * tw[7] + v[6] * tw[6];
+    const T X = c * (r0 - r3) - n * (i0 + i3), Y = n * (r0 - r3) + c * (i0 + i3);
+    const T Z = n * (r1 - r2) - c * (i1 + i2), W = c * (r1 - r2) + n * (i1 + i2);
+    const T ra = r0 + r3, rb = r1 + r2, ia = i0 - i3, ib = i1 - i2;
+    const T e = h * (ra - rb), f = h * (ia + ib);
+    const T xz = h * (X - Z), yw = h * (Y + W);
+    y[g] = ra + rb;
+    y[g + 2 * S] = e - f;
+    y[L - g - 6 * S] = e + f;
+    y[L - g - 4 * S] = ia - ib;
+    y[g + S] = X + Z;
+    y[g + 3 * S] = xz - yw;
+    y[L - g - 7 * S] = xz + yw;
+    y[L - g - 5 * S] = Y - W;
+}
+
+// ---- Drivers ----------------------------------------------------------------------
+
+namespace {
+
+template <class T>
+FirstKernel<T> first_kernel(uint32_t kind)
+{
+    switch (kind) {
+    case 1: return first2<T>;
+    case 2: return first4<T>;
+    case 3: return first8<T>;
+    case 4: return first16<T>;
+    case 5: return first32<T>;
+    case 6: return first64<T>;
+    default: return nullptr;
+    }
+}
+
+template <class T>
+SecondKernel<T> second_kernel(uint32_t kind)
+{
+    switch (kind) {
+    case 1: return second1<T>;
+    case 2: return second2<T>;
+    case 3: return second4<T>;
+    case 4: return second8<T>;
+    case 5: return second16<T>;
+    case 6: return second32<T>;
+    default: return nullptr;
+    }
+}
+
+// A nested stage for one group of its owner: its own first pass from the
+// source into its scratch, then its radix pass into the owner's output (out,
+// stride t).
+template <class T>
+ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out, uint32_t t)
+{
+    const auto* ip = as_ptr<const InputPass<T>>(list_item(st->first, 0));
+    const auto* rp = as_ptr<const RadixPass<T>>(list_item(st->second, 0));
+    if (ip == nullptr || rp == nullptr || rp->kind < 1 || rp->kind > 5) return ZAM_STS_CONTEXT_ERR;
+    const ZamStatus sts = run_first_pass(ip, x, base, st->scratch);
+    if (sts != ZAM_STS_OK) return sts;
+    const uint32_t per_group = 2 * (rp->radix - 1);
+    for (uint32_t g = 0; g < rp->groups; ++g)
+        nested_radix_group(st->scratch, rp->twiddles + per_group * g, g, rp->radix, rp->length, rp->sub_length,
+                           out, t);
+    return ZAM_STS_OK;
+}
+
+} // namespace
+
+template <class T>
+ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T* out)
+{
+    if (pass->kind == kNestedKind) {
+        for (uint32_t j = 0; j < pass->count; ++j) {
+            const ZamStatus sts = run_stage(pass->stage, x, base + j * pass->group_step, out + j, pass->out_stride);
+            if (sts != ZAM_STS_OK) return sts;
+        }
+        return ZAM_STS_OK;
+    }
+    const FirstKernel<T> kernel = first_kernel<T>(pass->kind);
+    if (kernel == nullptr) return ZAM_STS_CONTEXT_ERR;
+    for (uint32_t j = 0; j < pass->count; ++j)
+        kernel(x, base + j * pass->group_step, pass->in_stride, pass->mirror, out + j, pass->out_stride);
+    return ZAM_STS_OK;
+}
+
+template <class T>
+ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y)
+{
+    const SecondKernel<T> kernel = second_kernel<T>(pass->kind);
+    if (kernel == nullptr) return ZAM_STS_CONTEXT_ERR;
+    const uint32_t width = 2 * pass->radix;
+    for (uint32_t g = 0; g < pass->groups; ++g)
+        kernel(scratch + uint64_t(pass->in_stride) * g, pass->table + uint64_t(width) * g, y, g, pass->out_step,
+               pass->mirror);
+    return ZAM_STS_OK;
+}
+
+template <class T>
+ZamStatus transform(const T* x, T* y, const Spec<T>* spec)
+{
+    switch (spec->kind) {
+    case 1: direct2(x, y); return ZAM_STS_OK;
+    case 2: direct4(x, y); return ZAM_STS_OK;
+    case 3: direct8(x, y); return ZAM_STS_OK;
+    case 4: direct16(x, y); return ZAM_STS_OK;
+    case 5: direct32(x, y); return ZAM_STS_OK;
+    case 6: {
+        // The first pass reads the whole source into the scratch before the
+        // second pass writes the destination, so source and destination may
+        // be the same vector.  A pass's own refusal is not reported.
+        const auto* ip = as_ptr<const InputPass<T>>(list_item(spec->first, 0));
+        const auto* op = as_ptr<const OutputPass<T>>(list_item(spec->second, 0));
+        if (ip != nullptr && op != nullptr && run_first_pass(ip, x, 0, spec->scratch) == ZAM_STS_OK)
+            run_second_pass(op, spec->scratch, y);
+        return ZAM_STS_OK;
+    }
+    default: return ZAM_STS_CONTEXT_ERR;
+    }
+}
+
+template <class T>
+void two_pass(uint32_t m, uint32_t r, const T* x, T* scratch, const T* table, T* y)
+{
+    const uint32_t n = m * r;
+    InputPass<T> ip{};
+    ip.kind = 1;
+    while ((2u << (ip.kind - 1)) < m) ++ip.kind;
+    ip.sub_length = m;
+    ip.count = r;
+    ip.group_step = 1;
+    ip.in_stride = 2 * r;
+    ip.out_stride = r;
+    ip.mirror = 2 * n - 1;
+    OutputPass<T> op{};
+    op.kind = 1;
+    while ((1u << (op.kind - 1)) < r) ++op.kind;
+    op.radix = r;
+    op.groups = m / 2;
+    op.in_stride = 2 * r;
+    op.out_step = m;
+    op.mirror = 2 * n - 1;
+    op.length = n;
+    op.table = const_cast<T*>(table);
+    run_first_pass(&ip, x, 0, scratch);
+    run_second_pass(&op, scratch, y);
+}
+
+#define ZAM_DCT4_INSTANTIATE(T)                                                            \
+    template void direct2<T>(const T*, T*);                                                \
+    template void direct4<T>(const T*, T*);                                                \
+    template void direct8<T>(const T*, T*);                                                \
+    template ZamStatus run_first_pass<T>(const InputPass<T>*, const T*, uint32_t, T*);    \
+    template ZamStatus run_second_pass<T>(const OutputPass<T>*, const T*, T*);            \
+    template ZamStatus transform<T>(const T*, T*, const Spec<T>*);                         \
+    template void two_pass<T>(uint32_t, uint32_t, const T*, T*, const T*, T*);
+ZAM_DCT4_INSTANTIATE(float)
+ZAM_DCT4_INSTANTIATE(double)
+#undef ZAM_DCT4_INSTANTIATE
+
+} // namespace zam::dct4
