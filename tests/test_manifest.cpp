@@ -1,81 +1,68 @@
-// The operation counts the codelet compiler recorded: every codelet within
+// The operation counts the codelet compiler recorded in the manifest (read by
+// column name, so columns may be added): every codelet listed once, within
 // its length's budget, both precisions (and both directions, all layouts)
-// making the same number of products, and the members whose structure is
-// fixed (powers of two, directly evaluated primes) meeting their counts exactly.
+// making the same number of products, and no count above the baseline.
 #include "support.hpp"
 
 #include "budgets.hpp"
 
 #include <gtest/gtest.h>
 
-#include <map>
+#include <cstdio>
 
 namespace {
 
 using namespace zt;
 
-struct Kind {
-    const char* prefix;
-    const zg::Budget* budget;
-};
+using Row = std::map<std::string, std::string>;
 
-// The family of a codelet name, or null for a name that is not a codelet.
-const Kind* kind_of(const std::string& name) {
-    static const Kind kinds[] = {
-        {"zamgDFTFwd_CToC_", zg::kComplexBudget},     {"zamgDFTInv_CToC_", zg::kComplexBudget},
-        {"zamgDFTFwd_RTo", zg::kRealForwardBudget},   {"zamgDFTInv_CCSToR_", zg::kRealInverseBudget},
-        {"zamgDFTInv_PackToR_", zg::kRealInverseBudget}, {"zamgDFTInv_PermToR_", zg::kRealInverseBudget},
-        {"zamgHartley_", nullptr},
-    };
-    for (const Kind& k : kinds)
-        if (name.rfind(k.prefix, 0) == 0) return &k;
-    return nullptr;
+std::map<std::string, Row> manifest() {
+    std::map<std::string, Row> rows;
+    for (Row& r : read_tsv(ZAMGEN_MANIFEST)) rows[r["name"]] = r;
+    return rows;
 }
 
-TEST(Manifest, ListsEveryCodeletOnce) {
-    std::map<std::string, int> seen;
-    for (const auto& [name, row] : read_manifest()) ++seen[name];
-    for (const Case& c : all_cases()) EXPECT_EQ(seen[c.name], 1) << c.name;
-    EXPECT_EQ(seen.size(), all_cases().size());
-}
+int count(const Row& r, const char* column) { return std::stoi(r.at(column)); }
 
 TEST(Manifest, CodeletsStayWithinTheirBudgets) {
     std::map<std::pair<const zg::Budget*, int>, int> products;
-    for (const auto& [name, row] : read_manifest()) {
-        const Kind* k = kind_of(name);
-        ASSERT_NE(k, nullptr) << name;
-        EXPECT_EQ(row.negs, 0) << name << " stores negated values";
-        if (!k->budget) continue;
-        const zg::Budget b = k->budget[row.n - 2];
-        EXPECT_LE(row.muls, b.muls) << name;
-        EXPECT_LE(row.adds, b.adds) << name;
-        auto [it, fresh] = products.emplace(std::make_pair(k->budget, row.n), row.muls);
-        if (!fresh) {
-            EXPECT_EQ(row.muls, it->second) << name;
-        }
+    const auto rows = manifest();
+    EXPECT_EQ(read_tsv(ZAMGEN_MANIFEST).size(), rows.size()) << "a codelet listed twice";
+    for (const Case& c : all_cases()) {
+        ASSERT_EQ(rows.count(c.name), 1u) << c.name << " is not listed";
+        const Row& r = rows.at(c.name);
+        EXPECT_EQ(count(r, "negs"), 0) << c.name << " stores negated values";
+        const zg::Budget* budget = c.family.find("CToC") != std::string::npos ? zg::kComplexBudget
+                                   : c.layout == kNone                         ? nullptr
+                                   : c.direction < 0                           ? zg::kRealForwardBudget
+                                                                               : zg::kRealInverseBudget;
+        if (!budget) continue;
+        EXPECT_LE(count(r, "muls"), budget[c.n - 2].muls) << c.name;
+        EXPECT_LE(count(r, "adds"), budget[c.n - 2].adds) << c.name;
+        const auto [it, fresh] = products.emplace(std::make_pair(budget, c.n), count(r, "muls"));
+        EXPECT_TRUE(fresh || it->second == count(r, "muls")) << c.name;
     }
 }
 
-TEST(Manifest, PowersOfTwoAndDirectPrimesMeetTheirCountsExactly) {
-    for (const auto& [name, row] : read_manifest()) {
-        if (kind_of(name)->budget != zg::kComplexBudget) continue;
-        const zg::Budget b = zg::kComplexBudget[row.n - 2];
-        const bool pow2 = (row.n & (row.n - 1)) == 0;
-        const bool direct = row.n == 3 || row.n == 5 || row.n == 7 || row.n == 11 || row.n == 23 || row.n == 47;
-        if (pow2 || direct) {
-            EXPECT_EQ(row.muls, b.muls) << name;
+// Every codelet of tests/baseline/operation-counts.tsv (the manifest's name,
+// muls and adds columns as they were when it was made) is still there and no
+// count has risen; counts that fell are reported, and may be lowered there.
+TEST(Manifest, NoOperationCountRisesAboveTheBaseline) {
+    const auto rows = manifest();
+    int fell = 0;
+    for (const Row& base : read_tsv(ZAMGEN_OPERATION_COUNTS)) {
+        const auto it = rows.find(base.at("name"));
+        if (it == rows.end()) {
+            ADD_FAILURE() << base.at("name") << " is missing";
+            continue;
         }
-        if (pow2) {
-            EXPECT_EQ(row.adds, b.adds) << name;
+        for (const char* column : {"muls", "adds"}) {
+            const int now = count(it->second, column), before = count(base, column);
+            EXPECT_LE(now, before) << it->first << ' ' << column;
+            if (now < before) ++fell, std::printf("%s %s: %d, down from %d\n", it->first.c_str(), column, now, before);
         }
     }
-    // The figures themselves, as the factorisations give them.
-    EXPECT_EQ(zg::kComplexBudget[8 - 2].muls, 4);
-    EXPECT_EQ(zg::kComplexBudget[16 - 2].muls, 28);
-    EXPECT_EQ(zg::kComplexBudget[16 - 2].adds, 148);
-    EXPECT_EQ(zg::kComplexBudget[64 - 2].muls, 248);
-    EXPECT_EQ(zg::kComplexBudget[64 - 2].adds, 928);
-    EXPECT_EQ(zg::kComplexBudget[47 - 2].muls, 2116);
+    std::printf("%d counts below the baseline\n", fell);
 }
 
 } // namespace
