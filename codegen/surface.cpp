@@ -108,7 +108,8 @@ std::string dispatch_tables() {
 }
 
 // One row per codelet: name, element type, family, length, input and output
-// elements, scale rule, layout (0 none, 1 CCS, 2 Pack, 3 Perm), exponent sign;
+// elements, scale rule, layout (0 none, 1 CCS, 2 Pack, 3 Perm), exponent sign,
+// the family's length dispatcher;
 // ZAM_WHT rows (name, element type, order) for the Walsh-Hadamard codelets.
 // An includer defines the macros it wants; the others expand to nothing.
 std::string registry() {
@@ -125,7 +126,7 @@ std::string registry() {
                 s << "ZAM_CODELET(" << codelet_name(f, n, p) << ", " << element_type(f, p) << ", \"" << f.prefix
                   << "\", " << n << ", " << input_elements(f, n) << ", " << output_elements(f, n)
                   << ", zam::ScaleRule::" << zam::scale_rule_name(f.rule) << ", " << static_cast<int>(f.layout)
-                  << ", " << f.sign << ")\n";
+                  << ", " << f.sign << ", " << dispatcher_name(f, p) << ")\n";
             }
     s << "#undef ZAM_CODELET\n#undef ZAM_WHT\n";
     return s.str();

@@ -1,9 +1,7 @@
-// The codelet compiler itself: constants, literals, simplification and the
-// precision model of its graphs.
-#include "counts.hpp"
-#include "lower.hpp"
+// The codelet compiler itself: its constants, its literals and its recipes
+// evaluated on the graph.  Simplification, the precision model and emission
+// are pinned by the checksum and operation-count baselines.
 #include "print_cpp.hpp"
-#include "recipes/families.hpp"
 #include "recipes/transforms.hpp"
 
 #include <gtest/gtest.h>
@@ -59,76 +57,14 @@ TEST(CodegenLiterals, ReadBackExactly) {
     std::uniform_real_distribution<double> d(-4.0, 4.0);
     for (int i = 0; i < 20000; ++i) {
         const double v = std::ldexp(d(gen), static_cast<int>(gen() % 40) - 20);
-        EXPECT_EQ(std::strtod(double_literal(v).c_str(), nullptr), v);
         const float f = static_cast<float>(v);
-        std::string lf = float_literal(f);
-        ASSERT_EQ(lf.back(), 'f');
-        lf.pop_back();
-        EXPECT_EQ(std::strtof(lf.c_str(), nullptr), f);
+        const std::string lf = float_literal(f);
+        EXPECT_EQ(std::strtod(double_literal(v).c_str(), nullptr), v);
+        EXPECT_TRUE(lf.back() == 'f' && std::strtof(lf.c_str(), nullptr) == f) << lf;
     }
     EXPECT_EQ(double_literal(0.7071067811865476), "0.7071067811865476");
     EXPECT_EQ(double_literal(2.0), "2.0");
     EXPECT_EQ(float_literal(0.70710677f), "0.70710677f");
-}
-
-TEST(CodegenGraph, SimplifiesIdentitiesAndSharesExpressions) {
-    Graph g;
-    const Ref a = g.input(0), b = g.input(1), zero{};
-    EXPECT_EQ(g.add(a, zero), a);
-    EXPECT_EQ(g.sub(zero, a), -a);
-    EXPECT_EQ(g.mul(1.0, a), a);
-    EXPECT_EQ(g.mul(-1.0, a), -a);
-    EXPECT_TRUE(g.mul(0.0, a).is_zero());
-    EXPECT_TRUE(g.sub(a, a).is_zero());
-    EXPECT_EQ(g.add(a, b), g.add(b, a));
-    // b - a after a - b is the same node, negated; so is -(a + b).
-    const Ref d = g.sub(a, b);
-    EXPECT_EQ(g.sub(b, a), -d);
-    EXPECT_EQ(g.add(-a, -b), -g.add(a, b));
-    // Negations are absorbed by constants: (-0.5) * a is 0.5 * a negated.
-    EXPECT_EQ(g.mul(-0.5, a), -g.mul(0.5, a));
-    EXPECT_EQ(g.mul(0.5, -a), -g.mul(0.5, a));
-    // Products of constants fold into one product.
-    EXPECT_EQ(g.mul(3.0, g.mul(0.25, a)), g.mul(0.75, a));
-    // x + x is an exact doubling.
-    EXPECT_EQ(g.add(a, a), g.mul(2.0, a));
-}
-
-TEST(CodegenGraph, TracksWhereSinglePrecisionWidens) {
-    Graph g;
-    const Ref a = g.input(0), b = g.input(1);
-    const Ref sum = g.add(a, b);
-    EXPECT_FALSE(g.in_double(sum));                       // plain sums stay float
-    const Ref p = g.mul(0.8660254037844386, sum);
-    EXPECT_TRUE(g.in_double(p));                          // products by constants are double
-    const Ref comb = g.sub(a, p);
-    EXPECT_TRUE(g.in_double(comb));                       // and so is their combination
-    const Ref r = g.round(comb);
-    EXPECT_FALSE(g.in_double(r));                         // rounded once
-    EXPECT_EQ(g.round(sum), sum);                    // a float needs no rounding
-    EXPECT_FALSE(g.in_double(g.mul(2.0, a)));             // doublings are exact in float
-}
-
-TEST(CodegenPrint, CountsOnlyLiveOperationsAndPrintsNoContraction) {
-    Planner planner;
-    for (int n : {3, 8, 16}) {
-        const CodeletGraph c = complex_codelet(planner, n, -1);
-        const Signature sig{"zamgTest", "Zam32fc", true, zam::ScaleRule::Forward, n};
-        const std::string s32 = print_cpp(lower(c, sig, Precision::Single));
-        const std::string s64 = print_cpp(lower(c, sig, Precision::Double));
-        EXPECT_EQ(s32.find("fma"), std::string::npos);
-        EXPECT_NE(s32.find("pick_scale"), std::string::npos);
-        EXPECT_EQ(s64.find("static_cast<float>"), std::string::npos);
-        // Printing again gives the same text.
-        EXPECT_EQ(print_cpp(lower(c, sig, Precision::Single)), s32);
-    }
-    CodeletGraph c;
-    const Ref a = c.g.input(0), b = c.g.input(1);
-    c.g.mul(0.3, c.g.add(a, b));  // dead: no output uses it
-    c.outputs.push_back({0, c.g.sub(a, b)});
-    const OpCounts k = count(c);
-    EXPECT_EQ(k.adds, 1);
-    EXPECT_EQ(k.muls, 0);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 // transform, in both precisions.
 #include "support.hpp"
 
+#include <complex>
+
 #include "dct4/kernels.hpp"
 #include "zamcore.h"
 
@@ -26,6 +28,7 @@
 namespace {
 
 using namespace zt;
+using CLD = std::complex<LD>;
 using namespace zam::dct4;
 
 // ---- The exported functions of one precision --------------------------------

@@ -1,69 +1,70 @@
-// The operation counts the codelet compiler recorded: every codelet within
+// The operation counts the codelet compiler recorded in the manifest (read by
+// column name, so columns may be added): every codelet listed once, within
 // its length's budget, both precisions (and both directions, all layouts)
-// making the same number of products, and the members whose structure is
-// fixed (powers of two, directly evaluated primes) meeting their counts exactly.
+// making the same number of products, and no count above the baseline.
 #include "support.hpp"
 
 #include <gtest/gtest.h>
 
-#include <map>
+#include <cstdio>
 
 namespace {
 
 using namespace zt;
 
-// The budget family of a codelet: its name up to the length, with the real
-// forward layouts and the real inverse layouts each counted as one.
-std::string budget_family(const std::string& name) {
-    if (name.rfind("zamgDFTFwd_RTo", 0) == 0) return "real forward";
-    if (name.rfind("zamgDFTInv_", 0) == 0 && name.find("ToR_") != std::string::npos) return "real inverse";
-    return name.substr(0, name.find('_', 11));
+using Row = std::map<std::string, std::string>;
+
+std::map<std::string, Row> manifest() {
+    std::map<std::string, Row> rows;
+    for (Row& r : read_tsv(ZAMGEN_MANIFEST)) rows[r["name"]] = r;
+    return rows;
 }
 
-TEST(Manifest, ListsEveryCodeletOnce) {
-    std::map<std::string, int> seen;
-    for (const auto& [name, row] : read_manifest())
-        if (name.rfind("zamgWHT", 0) != 0) ++seen[name];
-    for (const Case& c : all_cases()) EXPECT_EQ(seen[c.name], 1) << c.name;
-    EXPECT_EQ(seen.size(), all_cases().size());
-}
+int count(const Row& r, const char* column) { return std::stoi(r.at(column)); }
 
 TEST(Manifest, CodeletsStayWithinTheirBudgets) {
     std::map<std::pair<std::string, int>, int> products;
-    for (const auto& [name, row] : read_manifest()) {
-        EXPECT_EQ(row.negs, 0) << name << " stores negated values";
-        if (name.rfind("zamgDFT", 0) == 0) {
-            EXPECT_GE(row.budget_muls, 0) << name << " has no budget";
-        }
-        if (row.budget_muls < 0) continue;
-        EXPECT_LE(row.muls, row.budget_muls) << name;
-        EXPECT_LE(row.adds, row.budget_adds) << name;
-        auto [it, fresh] = products.emplace(std::make_pair(budget_family(name), row.n), row.muls);
-        if (!fresh) {
-            EXPECT_EQ(row.muls, it->second) << name;
-        }
+    const auto rows = manifest();
+    EXPECT_EQ(read_tsv(ZAMGEN_MANIFEST).size(), rows.size()) << "a codelet listed twice";
+    for (const Case& c : all_cases()) {
+        ASSERT_EQ(rows.count(c.name), 1u) << c.name << " is not listed";
+        const Row& r = rows.at(c.name);
+        EXPECT_EQ(count(r, "negs"), 0) << c.name << " stores negated values";
+        // The DFT codelets have budgets: one per length for the complex ones
+        // (either direction), one for the real forward and one for the real
+        // inverse ones (any layout).
+        const std::string budget = c.family.find("CToC") != std::string::npos ? "complex"
+                                   : c.layout == kNone                         ? ""
+                                   : c.direction < 0                           ? "real forward"
+                                                                               : "real inverse";
+        EXPECT_EQ(r.at("budget_muls") == "-", budget.empty()) << c.name;
+        if (budget.empty()) continue;
+        EXPECT_LE(count(r, "muls"), count(r, "budget_muls")) << c.name;
+        EXPECT_LE(count(r, "adds"), count(r, "budget_adds")) << c.name;
+        const auto [it, fresh] = products.emplace(std::make_pair(budget, c.n), count(r, "muls"));
+        EXPECT_TRUE(fresh || it->second == count(r, "muls")) << c.name;
     }
 }
 
-TEST(Manifest, PowersOfTwoAndDirectPrimesMeetTheirCountsExactly) {
-    std::map<int, std::pair<int, int>> complex_budget;
-    for (const auto& [name, row] : read_manifest()) {
-        if (name.find("_CToC_") == std::string::npos) continue;
-        complex_budget[row.n] = {row.budget_muls, row.budget_adds};
-        const bool pow2 = (row.n & (row.n - 1)) == 0;
-        const bool direct = row.n == 3 || row.n == 5 || row.n == 7 || row.n == 11 || row.n == 23 || row.n == 47;
-        if (pow2 || direct) {
-            EXPECT_EQ(row.muls, row.budget_muls) << name;
+// Every codelet of tests/baseline/operation-counts.tsv (the manifest's name,
+// muls and adds columns as they were when it was made) is still there and no
+// count has risen; counts that fell are reported, and may be lowered there.
+TEST(Manifest, NoOperationCountRisesAboveTheBaseline) {
+    const auto rows = manifest();
+    int fell = 0;
+    for (const Row& base : read_tsv(ZAMGEN_OPERATION_COUNTS)) {
+        const auto it = rows.find(base.at("name"));
+        if (it == rows.end()) {
+            ADD_FAILURE() << base.at("name") << " is missing";
+            continue;
         }
-        if (pow2) {
-            EXPECT_EQ(row.adds, row.budget_adds) << name;
+        for (const char* column : {"muls", "adds"}) {
+            const int now = count(it->second, column), before = count(base, column);
+            EXPECT_LE(now, before) << it->first << ' ' << column;
+            if (now < before) ++fell, std::printf("%s %s: %d, down from %d\n", it->first.c_str(), column, now, before);
         }
     }
-    // The figures themselves, as the factorisations give them.
-    EXPECT_EQ(complex_budget[8], std::make_pair(4, 52));
-    EXPECT_EQ(complex_budget[16], std::make_pair(28, 148));
-    EXPECT_EQ(complex_budget[64], std::make_pair(248, 928));
-    EXPECT_EQ(complex_budget[47].first, 2116);
+    std::printf("%d counts below the baseline\n", fell);
 }
 
 } // namespace
