@@ -1,14 +1,18 @@
 // The codelet compiler itself: its constants, its literals and its recipes
 // evaluated on the graph.  Simplification, the precision model and emission
 // are pinned by the checksum and operation-count baselines.
+#include "lower.hpp"
 #include "print_cpp.hpp"
+#include "recipes/families.hpp"
 #include "recipes/transforms.hpp"
+#include "surface.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <complex>
 #include <cstdlib>
+#include <map>
 #include <random>
 
 namespace {
@@ -65,6 +69,80 @@ TEST(CodegenLiterals, ReadBackExactly) {
     EXPECT_EQ(double_literal(0.7071067811865476), "0.7071067811865476");
     EXPECT_EQ(double_literal(2.0), "2.0");
     EXPECT_EQ(float_literal(0.70710677f), "0.70710677f");
+}
+
+// The planner: within the budget beats outside it; inside, the lowest weighted
+// cost, the first of equal ones; outside, the fewest additions; a keyed choice
+// is made once.
+TEST(CodegenPlanner, ChoosesWithinBudgetThenCheapestThenFirst) {
+    struct Row {
+        std::vector<OpCounts> cands;
+        Objective objective;
+        size_t want;
+    };
+    const Budget budget{10, 20};
+    const Row rows[] = {
+        {{{5, 30, 0}, {9, 19, 0}, {3, 10, 0}}, {1, 1, &budget}, 2},
+        {{{5, 30, 0}, {12, 25, 0}}, {1, 1, &budget}, 1},           // neither fits: fewer additions
+        {{{4, 6, 0}, {6, 4, 0}}, {1, 1, nullptr}, 0},             // a tie: the first
+        {{{4, 6, 0}, {6, 4, 0}}, {1000, 1, nullptr}, 1},          // additions weigh more
+        {{{4, 6, 0}, {6, 4, 0}}, {1, 1000, nullptr}, 0},
+    };
+    for (const Row& r : rows) {
+        Planner p;
+        EXPECT_EQ(p.choose("", r.cands.size(), [&](size_t i) { return r.cands[i]; }, r.objective).index, r.want);
+    }
+    Planner p;
+    int measured = 0;
+    for (int twice = 0; twice < 2; ++twice)
+        p.choose("key", 3, [&](size_t i) { return ++measured, OpCounts{static_cast<int>(i), 0, 0}; }, {});
+    EXPECT_EQ(measured, 3);
+}
+
+// Lowering, for every generated codelet of a few lengths and both precisions:
+// loads first and stores last, every operand defined before it is read, last
+// uses right, and the precision model (single precision widens products and
+// their combinations and rounds them once; double has no rounding steps).
+TEST(CodegenLower, KeepsTheInstructionListWellFormed) {
+    Planner planner;
+    for (const Family& f : families()) {
+        for (int n : {f.first, 7, 13}) {
+            if (n > f.generated_last) continue;
+            const CodeletGraph c = build_codelet(planner, f, n);
+            for (Precision p : {Precision::Single, Precision::Double}) {
+                const Program prog = lower(c, {codelet_name(f, n, p), element_type(f, p), f.complex_elements, f.rule,
+                                               length_of(f, n)}, p);
+                std::map<int32_t, size_t> defined;  // value -> instruction
+                bool loading = true, storing = false;
+                for (size_t k = 0; k < prog.code.size(); ++k) {
+                    const Instr& in = prog.code[k];
+                    SCOPED_TRACE(prog.sig.function + " instruction " + std::to_string(k));
+                    loading = loading && in.op == Opcode::Load;
+                    EXPECT_TRUE(in.op != Opcode::Load || loading);
+                    storing = storing || in.op == Opcode::Store;
+                    EXPECT_TRUE(in.op == Opcode::Store || !storing);
+                    for (const Operand& o : {in.a, in.b})
+                        if (o.value) {
+                            ASSERT_TRUE(defined.count(o.value));
+                            EXPECT_GE(prog.code[defined[o.value]].last_use, static_cast<int32_t>(k));
+                        }
+                    if (in.op == Opcode::Store) continue;
+                    defined[in.result] = k;
+                    if (p == Precision::Double) {
+                        EXPECT_EQ(in.type, Type::F64);
+                        EXPECT_NE(in.op, Opcode::Round);
+                    }
+                    if (in.op == Opcode::Round) {
+                        EXPECT_EQ(prog.code[defined[in.a.value]].type, Type::F64);
+                    }
+                    if (in.op == Opcode::MulConst && in.constant != 2.0) {
+                        EXPECT_EQ(in.type, Type::F64);
+                    }
+                }
+                EXPECT_TRUE(storing);
+            }
+        }
+    }
 }
 
 } // namespace
