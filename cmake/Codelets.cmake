@@ -30,11 +30,20 @@ else()
   set(_codegen_dep zamgen-codegen)
 endif()
 
-set(ZAMGEN_GENERATED_SOURCES)
+# The sizes whose codelets go to codelets_checked.cpp, which sanitizer builds
+# instrument: per family the butterflies and smallest members (2, 3, 4, 5),
+# a power of two with its twiddles (16, 64), a direct prime (7, 11), Rader
+# primes with cyclic and negacyclic convolutions (13, 17), prime-factor and
+# prime-power lengths (12, 27, 45, 60); for the Walsh-Hadamard transform the
+# same numbers are orders (2 to 7 of them are codelets).
+set(ZAMGEN_CHECKED_SIZES "2,3,4,5,7,11,12,13,16,17,27,45,60,64" CACHE STRING "Sizes of the codelets in codelets_checked.cpp")
+
+set(ZAMGEN_SHARD_SOURCES)
 math(EXPR _last "${ZAMGEN_CODELET_SHARDS} - 1")
 foreach(i RANGE ${_last})
-  list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/codelets_${i}.cpp)
+  list(APPEND ZAMGEN_SHARD_SOURCES ${ZAMGEN_GEN_DIR}/codelets_${i}.cpp)
 endforeach()
+set(ZAMGEN_GENERATED_SOURCES ${ZAMGEN_SHARD_SOURCES} ${ZAMGEN_GEN_DIR}/codelets_checked.cpp)
 # The straight-line blocks of the larger Walsh-Hadamard transforms.
 list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/wht_blocks.cpp)
 set(ZAMGEN_MANIFEST ${ZAMGEN_GEN_DIR}/manifest.tsv)
@@ -50,7 +59,7 @@ add_custom_command(
   OUTPUT ${ZAMGEN_GEN_DIR}/codelets.stamp
   BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_MANIFEST} ${ZAMGEN_SURFACE_FILES}
   COMMAND ${CMAKE_COMMAND} -E make_directory ${ZAMGEN_GEN_DIR}
-  COMMAND ${ZAMGEN_CODEGEN} ${ZAMGEN_GEN_DIR} ${ZAMGEN_CODELET_SHARDS}
+  COMMAND ${ZAMGEN_CODEGEN} ${ZAMGEN_GEN_DIR} ${ZAMGEN_CODELET_SHARDS} ${ZAMGEN_CHECKED_SIZES}
   COMMAND ${CMAKE_COMMAND} -E touch ${ZAMGEN_GEN_DIR}/codelets.stamp
   DEPENDS ${_codegen_dep} ${ZAMGEN_CODEGEN}
   COMMENT "Generating codelets"

@@ -2,7 +2,7 @@
 # to equal the one the build generated.
 file(REMOVE_RECURSE ${SCRATCH})
 file(MAKE_DIRECTORY ${SCRATCH})
-execute_process(COMMAND ${CODEGEN} ${SCRATCH} ${SHARDS} RESULT_VARIABLE rc)
+execute_process(COMMAND ${CODEGEN} ${SCRATCH} ${SHARDS} ${CHECKED} RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "codelet compiler failed: ${rc}")
 endif()
