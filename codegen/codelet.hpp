@@ -31,6 +31,17 @@ struct CodeletGraph {
     Graph g;
     std::vector<Output> outputs;
     std::string plan;  // the choices the recipes made, one line
+    // Single precision computes every operation in float, constants as float
+    // literals, with no widening and no rounding steps (the DCT-IV kernels).
+    bool element_precision = false;
+    // Each output is stored as soon as its value is computed, not after the
+    // last operation (all loads still come first, so the code stays valid in
+    // place): fewer values stay live to the end.
+    bool early_stores = false;
+    // Each input is loaded just before its first use instead of before the
+    // first operation; only for code whose source and destination never
+    // overlap.
+    bool late_loads = false;
 };
 
 } // namespace zg

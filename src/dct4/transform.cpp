@@ -1,6 +1,6 @@
 // The DCT-IV kernels of lengths 2, 4 and 8, the first-pass kernels of 2, 4
 // and 8 points, the second-pass kernels of radix 1, 2 and 4, and the drivers
-// of the two passes.  The longer kernels are in kernels_reference.cpp.
+// of the two passes.  The longer kernels are generated (dct4_kernels.hpp).
 #include "dct4/kernels.hpp"
 
 namespace zam::dct4 {
@@ -160,9 +160,9 @@ FirstKernel<T> first_kernel(uint32_t kind)
     case 1: return first2<T>;
     case 2: return first4<T>;
     case 3: return first8<T>;
-    case 4: return first16<T>;
-    case 5: return first32<T>;
-    case 6: return first64<T>;
+    case 4: return first16;
+    case 5: return first32;
+    case 6: return first64;
     default: return nullptr;
     }
 }
@@ -174,16 +174,36 @@ SecondKernel<T> second_kernel(uint32_t kind)
     case 1: return second1<T>;
     case 2: return second2<T>;
     case 3: return second4<T>;
-    case 4: return second8<T>;
-    case 5: return second16<T>;
-    case 6: return second32<T>;
+    case 4: return second8;
+    case 5: return second16;
+    case 6: return second32;
     default: return nullptr;
+    }
+}
+
+template <class T>
+RadixKernel<T> radix_kernel(uint32_t kind, bool odd)
+{
+    switch (2 * kind + odd) {
+    case 2: return radix_even2;
+    case 3: return radix_odd2;
+    case 4: return radix_even4;
+    case 5: return radix_odd4;
+    case 6: return radix_even8;
+    case 7: return radix_odd8;
+    case 8: return radix_even16;
+    case 9: return radix_odd16;
+    case 10: return radix_even32;
+    default: return radix_odd32;
     }
 }
 
 // A nested stage for one group of its owner: its own first pass from the
 // source into its scratch, then its radix pass into the owner's output (out,
-// stride t).
+// stride t).  Group g' (kappa = g' or M'-1-g' for odd g') yields the M-point
+// kernel's Z[l1 + (M'/2) l2], l1 = kappa/2: for l2 < r'/2 at g = 2l, from
+// 2(2 l1) t on in steps of 2M't; the others at g = M-1-2l, conjugated, from
+// 2(M-1-2 l1) t backwards.
 template <class T>
 ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out, uint32_t t)
 {
@@ -192,10 +212,14 @@ ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out,
     if (ip == nullptr || rp == nullptr || rp->kind < 1 || rp->kind > 5) return ZAM_STS_CONTEXT_ERR;
     const ZamStatus sts = run_first_pass(ip, x, base, st->scratch);
     if (sts != ZAM_STS_OK) return sts;
-    const uint32_t per_group = 2 * (rp->radix - 1);
-    for (uint32_t g = 0; g < rp->groups; ++g)
-        nested_radix_group(st->scratch, rp->twiddles + per_group * g, g, rp->radix, rp->length, rp->sub_length,
-                           out, t);
+    const RadixKernel<T> even = radix_kernel<T>(rp->kind, false), odd = radix_kernel<T>(rp->kind, true);
+    const uint32_t r = rp->radix, per_group = 2 * (r - 1), m = rp->length, m_sub = rp->sub_length;
+    const ptrdiff_t step = 2 * ptrdiff_t(m_sub) * t;
+    for (uint32_t g = 0; g < rp->groups; ++g) {
+        const uint32_t low = (g % 2 == 0 ? g : m_sub - 1 - g) & ~1u;  // 2 l1
+        (g % 2 == 0 ? even : odd)(st->scratch + uint64_t(2 * r) * g, rp->twiddles + uint64_t(per_group) * g,
+                                  out + ptrdiff_t(2 * low) * t, out + ptrdiff_t(2 * (m - 1 - low)) * t, step, t);
+    }
     return ZAM_STS_OK;
 }
 
