@@ -2,9 +2,18 @@
 
 #include "counts.hpp"
 
-namespace zg {
+#include <algorithm>
 
-Program lower(const CodeletGraph& c, const Signature& sig, Precision p) {
+namespace zg {
+namespace {
+
+// Registers the placement of late loads aims to stay within (x86-64 has 16
+// vector registers; two are left for temporaries).
+constexpr int kRegisters = 14;
+
+// The instruction list with the operations up to `near` steps from the
+// inputs placed like late loads (see below).
+Program lower_placed(const CodeletGraph& c, const Signature& sig, Precision p, int near) {
     const Graph& g = c.g;
     const bool single = p == Precision::Single;
     // Whether the single-precision codelet widens products by constants to
@@ -26,7 +35,30 @@ Program lower(const CodeletGraph& c, const Signature& sig, Precision p) {
     if (c.early_stores)
         for (size_t k = 0; k < c.outputs.size(); ++k)
             if (!c.outputs[k].v.is_zero()) stores_of[static_cast<size_t>(c.outputs[k].v.id)].push_back(k);
+    std::vector<char> emitted(g.size(), 0);
+    // A load.  The first store is preceded by every load, so that the code
+    // stays valid in place however late the loads are placed.
+    bool loads_done = false;
+    std::vector<size_t> pending;  // outputs of a load, stored once every load is done
+    auto load = [&](size_t i) {
+        emitted[i] = 1;
+        value[i] = static_cast<int32_t>(i);
+        Instr ld;
+        ld.op = Opcode::Load;
+        ld.type = prog.scalar;
+        ld.result = value[i];
+        ld.slot = g.node(static_cast<int32_t>(i)).slot;
+        prog.code.push_back(ld);
+    };
     auto store = [&](size_t k) {
+        if (!loads_done) {
+            loads_done = true;
+            for (size_t i = 1; i < g.size(); ++i)
+                if (live[i] && !emitted[i] && g.node(static_cast<int32_t>(i)).op == Op::Input) {
+                    load(i);
+                    for (size_t o : stores_of[i]) pending.push_back(o);
+                }
+        }
         const Output& o = c.outputs[k];
         Instr st;
         st.op = Opcode::Store;
@@ -39,32 +71,39 @@ Program lower(const CodeletGraph& c, const Signature& sig, Precision p) {
     };
     auto defined = [&](size_t id) {
         for (size_t k : stores_of[id]) store(k);
+        for (; !pending.empty(); pending.pop_back()) store(pending.back());
     };
 
-    std::vector<char> loaded(g.size(), 0);
-    auto load = [&](size_t i) {
-        if (loaded[i]) return;
-        loaded[i] = 1;
-        value[i] = static_cast<int32_t>(i);
-        Instr ld;
-        ld.op = Opcode::Load;
-        ld.type = prog.scalar;
-        ld.result = value[i];
-        ld.slot = g.node(static_cast<int32_t>(i)).slot;
-        prog.code.push_back(ld);
-        defined(i);
-    };
-    for (size_t i = 1; i < g.size(); ++i)
-        if (live[i] && g.node(static_cast<int32_t>(i)).op == Op::Input && !c.late_loads) load(i);
+    // With late loads, the inputs and the operations near them (at most
+    // `near` steps from the inputs, with a consumer) wait until their first
+    // consumer is emitted: a rotation of an input, say, is computed just
+    // before the butterfly that takes it.
+    std::vector<int> depth(g.size(), 0);
+    std::vector<char> consumed(g.size(), 0), sunk(g.size(), 0);
     for (size_t i = 1; i < g.size(); ++i) {
         const Node& n = g.node(static_cast<int32_t>(i));
         if (!live[i] || n.op == Op::Input) continue;
-        for (int32_t id : {n.a, n.b})
-            if (g.node(id).op == Op::Input) load(static_cast<size_t>(id));
+        depth[i] = 1 + std::max(depth[static_cast<size_t>(n.a)], depth[static_cast<size_t>(n.b)]);
+        consumed[static_cast<size_t>(n.a)] = consumed[static_cast<size_t>(n.b)] = 1;
+    }
+    for (size_t i = 1; i < g.size(); ++i)
+        sunk[i] = c.late_loads && (g.node(static_cast<int32_t>(i)).op == Op::Input || (consumed[i] && depth[i] <= near));
+
+    auto emit = [&](auto& self, size_t i) -> void {
+        if (emitted[i] || i == 0) return;
+        const Node& n = g.node(static_cast<int32_t>(i));
+        if (n.op == Op::Input) {
+            load(i);
+            defined(i);
+            return;
+        }
+        emitted[i] = 1;
+        self(self, static_cast<size_t>(n.a));
+        self(self, static_cast<size_t>(n.b));
         if (n.op == Op::Round && !widens) {
             value[i] = value[static_cast<size_t>(n.a)];
             defined(i);
-            continue;
+            return;
         }
         value[i] = static_cast<int32_t>(i);
         Instr in;
@@ -80,11 +119,14 @@ Program lower(const CodeletGraph& c, const Signature& sig, Precision p) {
         }
         prog.code.push_back(in);
         defined(i);
-    }
+    };
+    for (size_t i = 1; i < g.size(); ++i)
+        if (live[i] && g.node(static_cast<int32_t>(i)).op == Op::Input && !sunk[i]) emit(emit, i);
+    for (size_t i = 1; i < g.size(); ++i)
+        if (live[i] && !sunk[i]) emit(emit, i);
     // An output that is an input itself, with late loads and nothing else
     // using it, is loaded here.
-    for (const Output& o : c.outputs)
-        if (!o.v.is_zero() && g.node(o.v.id).op == Op::Input) load(static_cast<size_t>(o.v.id));
+    for (const Output& o : c.outputs) emit(emit, static_cast<size_t>(o.v.id));
     for (size_t k = 0; k < c.outputs.size(); ++k)
         if (!stored[k]) store(k);
 
@@ -97,6 +139,42 @@ Program lower(const CodeletGraph& c, const Signature& sig, Precision p) {
     for (Instr& in : prog.code)
         if (in.op != Opcode::Store) in.last_use = last[static_cast<size_t>(in.result)];
     return prog;
+}
+
+// How far the values live at each instruction exceed the registers, summed:
+// a measure of the spills a compiler will need.
+long excess_pressure(const Program& prog) {
+    std::vector<int> dies(prog.code.size(), 0);
+    long live = 0, excess = 0;
+    for (size_t k = 0; k < prog.code.size(); ++k) {
+        const Instr& in = prog.code[k];
+        if (in.op != Opcode::Store && in.last_use >= 0) {
+            ++live;
+            ++dies[static_cast<size_t>(in.last_use)];
+        }
+        excess += std::max(0L, live - kRegisters);
+        live -= dies[k];
+    }
+    return excess;
+}
+
+} // namespace
+
+// With late loads, how far from the inputs operations are placed like loads
+// is chosen per graph: the distance whose list keeps the fewest values live
+// beyond the registers (the first of equal ones).
+Program lower(const CodeletGraph& c, const Signature& sig, Precision p) {
+    Program best = lower_placed(c, sig, p, 0);
+    if (!c.late_loads) return best;
+    long least = excess_pressure(best);
+    for (int near = 1; near <= 4; ++near) {
+        Program q = lower_placed(c, sig, p, near);
+        if (const long e = excess_pressure(q); e < least) {
+            least = e;
+            best = std::move(q);
+        }
+    }
+    return best;
 }
 
 } // namespace zg

@@ -2,7 +2,8 @@
 // list, the form every printer works from.
 //
 // All loads come first and all stores last, so every codelet is valid in
-// place.  Each instruction names the precision it computes in: the
+// place (a graph may ask for loads and stores next to their uses; every load
+// still precedes the first store).  Each instruction names the precision it computes in: the
 // single-precision codelet evaluates products by constants and their
 // combinations in double and rounds them once; the double-precision codelet
 // computes everything in double and has no rounding steps.  A graph can ask

@@ -106,8 +106,8 @@ TEST(CodegenGraph, ProductsOfTwoValuesAreSharedAndTakeBothSigns) {
 }
 
 // In the element precision nothing widens or rounds; with late loads and
-// early stores each load comes right before its first use and each store
-// right after its value.
+// early stores each load comes right before its first use, but before the
+// first store, and each store right after its value.
 TEST(CodegenLower, ElementPrecisionAndPlacedLoadsAndStores) {
     CodeletGraph c;
     const Ref a = c.g.input(0), b = c.g.input(1), d = c.g.input(2);
@@ -123,7 +123,7 @@ TEST(CodegenLower, ElementPrecisionAndPlacedLoadsAndStores) {
         ops.push_back(in.op);
     }
     using O = Opcode;
-    EXPECT_EQ(ops, (std::vector<O>{O::Load, O::MulConst, O::Load, O::Sub, O::Store, O::Load, O::Mul, O::Store}));
+    EXPECT_EQ(ops, (std::vector<O>{O::Load, O::MulConst, O::Load, O::Sub, O::Load, O::Store, O::Mul, O::Store}));
     EXPECT_NE(print_cpp(single).find("y[1] = t"), std::string::npos);
 }
 

@@ -58,7 +58,7 @@ CodeletGraph dct4_graph(Planner& planner, const Dct4Block& b) {
     CodeletGraph c;
     c.element_precision = true;
     c.early_stores = true;
-    c.late_loads = b.kind != Dct4Kind::Direct;  // the passes never work in place
+    c.late_loads = true;
     PlanNotes notes;
     Context ctx{c.g, planner, &notes};
     Graph& g = c.g;
