@@ -3,6 +3,8 @@
 // of the two passes.  The longer kernels are generated (dct4_kernels.hpp).
 #include "dct4/kernels.hpp"
 
+#include <cstring>
+
 namespace zam::dct4 {
 
 // ---- Direct kernels ----------------------------------------------------------
@@ -242,15 +244,38 @@ ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T*
     return ZAM_STS_OK;
 }
 
+// The second pass stores result j of group g at y[g + jS] and y[L - g - (r+j)S],
+// S = M a power of two: one group's 2r stores fall into one set of the
+// cache, and the next group stores next to them after they were evicted.
+// Past kDirectBytes of output, the groups run in blocks of one cache line's
+// worth of elements: the kernels write into a local block of 2r rows, each
+// row then goes out as one contiguous run (front row j to y[g0 + jS], back
+// row 2r-1-j, reversed by the kernel's mirror, to y[L - g0 - (r+j)S - B+1]).
+inline constexpr uint64_t kDirectBytes = 16384;
+inline constexpr uint32_t kLineBytes = 64;
+
 template <class T>
 ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y)
 {
     const SecondKernel<T> kernel = second_kernel<T>(pass->kind);
     if (kernel == nullptr) return ZAM_STS_CONTEXT_ERR;
-    const uint32_t width = 2 * pass->radix;
-    for (uint32_t g = 0; g < pass->groups; ++g)
-        kernel(scratch + uint64_t(pass->in_stride) * g, pass->table + uint64_t(width) * g, y, g, pass->out_step,
-               pass->mirror);
+    const uint32_t r = pass->radix, width = 2 * r, S = pass->out_step, L = pass->mirror;
+    constexpr uint32_t B = kLineBytes / sizeof(T);
+    if (uint64_t(pass->length) * sizeof(T) <= kDirectBytes || pass->groups % B != 0) {
+        for (uint32_t g = 0; g < pass->groups; ++g)
+            kernel(scratch + uint64_t(pass->in_stride) * g, pass->table + uint64_t(width) * g, y, g, S, L);
+        return ZAM_STS_OK;
+    }
+    alignas(kLineBytes) T block[2 * 32 * B];
+    for (uint32_t g0 = 0; g0 < pass->groups; g0 += B) {
+        for (uint32_t b = 0; b < B; ++b)
+            kernel(scratch + uint64_t(pass->in_stride) * (g0 + b), pass->table + uint64_t(width) * (g0 + b), block, b,
+                   B, 3 * r * B - 1);
+        for (uint32_t j = 0; j < r; ++j) {
+            std::memcpy(y + g0 + uint64_t(j) * S, block + j * B, sizeof(T) * B);
+            std::memcpy(y + (L - g0 - uint64_t(r + j) * S - (B - 1)), block + (2 * r - 1 - j) * B, sizeof(T) * B);
+        }
+    }
     return ZAM_STS_OK;
 }
 
