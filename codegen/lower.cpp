@@ -124,8 +124,7 @@ Program lower_placed(const CodeletGraph& c, const Signature& sig, Precision p, i
         if (live[i] && g.node(static_cast<int32_t>(i)).op == Op::Input && !sunk[i]) emit(emit, i);
     for (size_t i = 1; i < g.size(); ++i)
         if (live[i] && !sunk[i]) emit(emit, i);
-    // An output that is an input itself, with late loads and nothing else
-    // using it, is loaded here.
+    // What is left: outputs placed like loads that nothing else uses.
     for (const Output& o : c.outputs) emit(emit, static_cast<size_t>(o.v.id));
     for (size_t k = 0; k < c.outputs.size(); ++k)
         if (!stored[k]) store(k);

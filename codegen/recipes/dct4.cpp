@@ -20,6 +20,7 @@ namespace {
 
 size_t idx(int i) { return static_cast<size_t>(i); }
 
+// Z from z: the pre-rotation, then the DFT of M/2 points.
 CxVec shifted_dft(Context& ctx, CxVec z) {
     const long m = 2 * static_cast<long>(z.size());
     for (size_t k = 1; k < z.size(); ++k) z[k] = twiddle(ctx.g, z[k], static_cast<long>(k), 2 * m, +1);
@@ -44,10 +45,11 @@ CxVec first_pass_values(const CxVec& z) {
     return s;
 }
 
-// (v[p] + i v[n + p]) times the run-time pair (c, s) at slots c_slot, c_slot + 1.
-Cx rotated(Graph& g, int n, int p, int c_slot) {
-    const Ref a = g.input(p), b = g.input(n + p), c = g.input(c_slot), s = g.input(c_slot + 1);
-    return {g.sub(g.product(a, c), g.product(b, s)), g.add(g.product(a, s), g.product(b, c))};
+// v times c + i s, the run-time pair at slots `at` and `at` + 1:
+// (re c - im s) + i (re s + im c).
+Cx rotated(Graph& g, Cx v, int at) {
+    const Ref c = g.input(at), s = g.input(at + 1);
+    return {g.sub(g.product(v.re, c), g.product(v.im, s)), g.add(g.product(v.re, s), g.product(v.im, c))};
 }
 
 void store(CodeletGraph& c, int slot, Ref v) { c.outputs.push_back({slot, c.g.absorb_negation(v), Store::Unscaled}); }
@@ -89,7 +91,8 @@ CodeletGraph dct4_graph(Planner& planner, const Dct4Block& b) {
         // conj P[2r-1-2u]; Y[j] = e^{i pi j/(2r)} DFT(Q)[j].
         CxVec q(idx(n));
         for (int p = 0; p < n; ++p) {
-            const Cx v = rotated(g, n, p, 2 * n + static_cast<int>(zam::dct4::table_slot(uint32_t(n), uint32_t(p))));
+            const int at = 2 * n + static_cast<int>(zam::dct4::table_slot(uint32_t(n), uint32_t(p)));
+            const Cx v = rotated(g, {g.input(p), g.input(n + p)}, at);
             if (p % 2 == 0) q[idx(p / 2)] = v;
             else q[idx(n - 1 - (p - 1) / 2)] = conj(v);
         }
@@ -108,12 +111,8 @@ CodeletGraph dct4_graph(Planner& planner, const Dct4Block& b) {
         const bool odd = b.kind == Dct4Kind::RadixOdd;
         CxVec a(idx(n));
         for (int i = 0; i < n; ++i) {
-            Cx v{g.input(i), odd ? -g.input(n + i) : g.input(n + i)};
-            if (i > 0) {
-                const Ref cr = g.input(2 * n + 2 * (i - 1)), ci = g.input(2 * n + 2 * (i - 1) + 1);
-                v = {g.sub(g.product(v.re, cr), g.product(v.im, ci)), g.add(g.product(v.re, ci), g.product(v.im, cr))};
-            }
-            a[idx(i)] = v;
+            const Cx v{g.input(i), odd ? -g.input(n + i) : g.input(n + i)};
+            a[idx(i)] = i > 0 ? rotated(g, v, 2 * n + 2 * (i - 1)) : v;
         }
         const CxVec f = dft(ctx, a, +1);
         for (int l = 0; l < n; ++l) {
