@@ -46,12 +46,14 @@ endforeach()
 set(ZAMGEN_GENERATED_SOURCES ${ZAMGEN_SHARD_SOURCES} ${ZAMGEN_GEN_DIR}/codelets_checked.cpp)
 # The straight-line blocks of the larger Walsh-Hadamard transforms.
 list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/wht_blocks.cpp)
+# The straight-line kernels of the DCT-IV.
+list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/dct4_kernels.cpp)
 set(ZAMGEN_MANIFEST ${ZAMGEN_GEN_DIR}/manifest.tsv)
 set(ZAMGEN_EXPORTS ${ZAMGEN_GEN_DIR}/exports.txt)
 set(ZAMGEN_SURFACE_FILES
   ${ZAMGEN_GEN_DIR}/include/zamgen_functions.h ${ZAMGEN_GEN_DIR}/dispatch_tables.inc
   ${ZAMGEN_GEN_DIR}/registry.inc ${ZAMGEN_EXPORTS} ${ZAMGEN_GEN_DIR}/zamgen.def ${ZAMGEN_GEN_DIR}/zamgen.map
-  ${ZAMGEN_GEN_DIR}/wht_blocks.hpp)
+  ${ZAMGEN_GEN_DIR}/wht_blocks.hpp ${ZAMGEN_GEN_DIR}/dct4_kernels.hpp)
 
 # The compiler rewrites a file only when its content changes; the stamp keeps
 # the rule from running again when nothing changed.

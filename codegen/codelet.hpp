@@ -31,6 +31,17 @@ struct CodeletGraph {
     Graph g;
     std::vector<Output> outputs;
     std::string plan;  // the choices the recipes made, one line
+    // Single precision computes every operation in float, constants as float
+    // literals, with no widening and no rounding steps (the DCT-IV kernels).
+    bool element_precision = false;
+    // Each output is stored as soon as its value is computed, not after the
+    // last operation: fewer values stay live to the end.
+    bool early_stores = false;
+    // Each input is loaded just before its first use (and so are the
+    // operations close to the inputs, as far as that keeps fewer values
+    // live), not before the first operation.  Every load still precedes the
+    // first store, so the code stays valid in place.
+    bool late_loads = false;
 };
 
 } // namespace zg

@@ -13,8 +13,8 @@ std::vector<char> live_nodes(const Graph& g, const std::vector<Ref>& roots) {
         if (live[static_cast<size_t>(id)]) continue;
         live[static_cast<size_t>(id)] = 1;
         const Node& n = g.node(id);
-        if (n.op == Op::Add || n.op == Op::Sub) stack.push_back(n.b);
-        if (n.op == Op::Add || n.op == Op::Sub || n.op == Op::MulConst || n.op == Op::Round) stack.push_back(n.a);
+        if (n.op == Op::Add || n.op == Op::Sub || n.op == Op::Mul) stack.push_back(n.b);
+        if (n.op != Op::Zero && n.op != Op::Input) stack.push_back(n.a);
     }
     return live;
 }
@@ -26,7 +26,7 @@ OpCounts count(const Graph& g, const std::vector<Ref>& values) {
         if (!live[i]) continue;
         const Op op = g.node(static_cast<int32_t>(i)).op;
         if (op == Op::Add || op == Op::Sub) ++k.adds;
-        if (op == Op::MulConst) ++k.muls;
+        if (op == Op::MulConst || op == Op::Mul) ++k.muls;
     }
     return k;
 }

@@ -9,7 +9,7 @@
 namespace zg {
 
 struct OpCounts {
-    int muls = 0;  // products by constants (the scale factor excluded)
+    int muls = 0;  // products by constants and of two values (the scale factor excluded)
     int adds = 0;  // additions and subtractions, 0.0 - v stores included
     int negs = 0;  // outputs stored negated (sign flips, not arithmetic)
 };

@@ -93,6 +93,14 @@ Ref Graph::mul(DoubleDouble c, Ref x) {
     return neg ? -r : r;
 }
 
+Ref Graph::product(Ref x, Ref y) {
+    if (x.is_zero() || y.is_zero()) return Ref{};
+    // Commutative: one order; the signs of both operands become the product's.
+    const Ref r = make(Node{.op = Op::Mul, .in_double = in_double(x) || in_double(y), .a = std::min(x.id, y.id),
+                            .b = std::max(x.id, y.id)});
+    return x.neg != y.neg ? -r : r;
+}
+
 Ref Graph::round(Ref x) {
     if (x.is_zero() || !in_double(x)) return x;
     const Ref r = make(Node{.op = Op::Round, .a = x.id});
@@ -110,6 +118,7 @@ std::vector<double> evaluate(const Graph& g, const std::vector<double>& inputs, 
         case Op::Sub: v[i] = a - b; break;
         case Op::MulConst: v[i] = g.constant(n.constant) * a; break;
         case Op::Round: v[i] = a; break;
+        case Op::Mul: v[i] = a * b; break;
         case Op::Zero: break;
         }
     }

@@ -1,7 +1,8 @@
 // The expression graph of one codelet.
 //
 // A graph holds real scalar operations on the codelet's input: sums,
-// differences, products by constants and the points where a double-precision
+// differences, products by constants, products of two values (data times a
+// table value read at run time) and the points where a double-precision
 // combination is rounded to single precision.  Values are referred to by
 // signed references, so a negation costs nothing: it is absorbed into the sum,
 // difference or constant that uses the value.  Every node is hash-consed, so an
@@ -33,6 +34,7 @@ enum class Op : uint8_t {
     Sub,       // a - b
     MulConst,  // constant times a
     Round,     // a rounded to float (single precision only)
+    Mul,       // a * b, two values known only at run time
 };
 
 struct Ref {
@@ -62,6 +64,9 @@ public:
     Ref sub(Ref x, Ref y) { return add(x, -y); }
     Ref mul(DoubleDouble c, Ref x);
     Ref mul(double c, Ref x) { return mul(DoubleDouble(c), x); }
+    // The product of two values; in single precision it is computed in
+    // double when an operand is.
+    Ref product(Ref x, Ref y);
     // A difference built as written, without reusing an existing y - x.
     Ref sub_as_written(Ref x, Ref y);
     // The value without a negation where that is free: a negated difference

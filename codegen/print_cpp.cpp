@@ -17,17 +17,43 @@ const char* c_type(Type t) { return t == Type::F32 ? "float" : "double"; }
 
 std::string head(const Signature& sig) {
     const std::string& t = sig.element;
+    const std::string v = "void " + sig.function + "(const " + t + "* ";
     switch (sig.form) {
     case Form::Codelet:
         return "ZamStatus " + sig.function + "(const " + t + "* src, " + t + "* dst, uint32_t flag)";
     case Form::BufferedCodelet:
         return "ZamStatus " + sig.function + "(const " + t + "* src, " + t + "* dst, uint32_t flag, uint8_t* buffer)";
     case Form::Block:
-        return "void " + sig.function + "(const " + t + "* src, ptrdiff_t is, " + t + "* dst, ptrdiff_t os) noexcept";
-    case Form::ScaledBlock: break;
+        return v + "src, ptrdiff_t is, " + t + "* dst, ptrdiff_t os) noexcept";
+    case Form::ScaledBlock:
+        return v + "src, ptrdiff_t is, " + t + "* dst, ptrdiff_t os, " + t + " s) noexcept";
+    case Form::Dct4Direct: return v + "x, " + t + "* y) noexcept";
+    case Form::Dct4First:
+        return v + "x, uint32_t off, uint32_t s, uint32_t L, " + t + "* out, uint32_t t) noexcept";
+    case Form::Dct4Second:
+        return v + "v, const " + t + "* tw, " + t + "* y, uint32_t g, uint32_t S, uint32_t L) noexcept";
+    case Form::Dct4Radix: break;
     }
-    return "void " + sig.function + "(const " + t + "* src, ptrdiff_t is, " + t + "* dst, ptrdiff_t os, " + t +
-           " s) noexcept";
+    return v + "v, const " + t + "* tw, " + t + "* front, " + t + "* back, ptrdiff_t step, ptrdiff_t t) noexcept";
+}
+
+// The pointers and strides a DCT-IV kernel indexes with, as signed values so
+// that mirrored accesses step backwards.
+const char* prologue(Form form) {
+    switch (form) {
+    case Form::Dct4First:
+        return "    const auto* const xf = x + off;\n    const auto* const xb = x + (L - off);\n"
+               "    const ptrdiff_t ss = s, ts = t;\n";
+    case Form::Dct4Second:
+        return "    auto* const yf = y + g;\n    auto* const yb = y + (L - g);\n    const ptrdiff_t ss = S;\n";
+    default: return "";
+    }
+}
+
+// "k * stride", or "stride" or nothing for k = 1 or 0, after `sign`.
+std::string times(const char* sign, int k, const char* stride) {
+    if (k == 0) return "";
+    return sign + (k == 1 ? std::string(stride) : std::to_string(k) + " * " + stride);
 }
 
 class Printer {
@@ -47,6 +73,7 @@ public:
                  << ", s); st != ZAM_STS_OK)\n        return st;\n";
             if (sig.form == Form::BufferedCodelet) out_ << "    (void)buffer;  // no work area at this size\n";
         }
+        out_ << prologue(sig.form);
         for (const Instr& in : p_.code) statement(in);
         if (sig.form == Form::Codelet || sig.form == Form::BufferedCodelet) out_ << "    return ZAM_STS_OK;\n";
         out_ << "}\n";
@@ -59,11 +86,37 @@ private:
     }
 
     std::string access(const char* array, int slot) const {
+        const bool load = array[0] == 's';
+        const int n = p_.sig.n;
+        switch (p_.sig.form) {
+        case Form::Dct4Direct: return std::string(load ? "x[" : "y[") + std::to_string(slot) + ']';
+        case Form::Dct4First:
+            if (!load) return "out[" + index(times("", slot, "ts")) + ']';
+            return slot < n / 2 ? "xf[" + index(times("", slot, "ss")) + ']' : "xb[" + times("-", slot, "ss") + ']';
+        case Form::Dct4Second:
+        case Form::Dct4Radix:
+            if (load) return slot < 2 * n ? "v[" + std::to_string(slot) + ']' : "tw[" + std::to_string(slot - 2 * n) + ']';
+            return store_access(slot);
+        default: break;
+        }
         std::string s = std::string(array) + '[';
-        if (blocks()) return s + std::to_string(slot) + " * " + (array[0] == 's' ? "is" : "os") + ']';
+        if (blocks()) return s + std::to_string(slot) + " * " + (load ? "is" : "os") + ']';
         if (!p_.sig.complex_elements) return s + std::to_string(slot) + ']';
         return s + std::to_string(slot / 2) + (slot % 2 ? "].im" : "].re");
     }
+
+    // Where result `slot` of a second-pass or radix kernel goes.
+    std::string store_access(int slot) const {
+        const int n = p_.sig.n;
+        if (p_.sig.form == Form::Dct4Second)
+            return slot < n ? "yf[" + index(times("", slot, "ss")) + ']' : "yb[" + times("-", slot, "ss") + ']';
+        const int l = slot / 2;
+        const std::string at = times("", l, "step");
+        if (slot % 2 == 0) return l < n / 2 ? "front[" + index(at) + ']' : "back[-" + at + ']';
+        return l < n / 2 ? "front[" + (l == 0 ? "t" : at + " + t") + ']' : "back[t - " + at + ']';
+    }
+
+    static std::string index(const std::string& s) { return s.empty() ? "0" : s; }
 
     std::string name(Operand o) const {
         std::string s;
@@ -93,6 +146,7 @@ private:
             if (in.type == Type::F32) define(in, t, name(in.a) + " * " + float_literal(static_cast<float>(in.constant)));
             else define(in, t, double_literal(in.constant) + " * " + name(in.a));
             break;
+        case Opcode::Mul: define(in, t, name(in.a) + " * " + name(in.b)); break;
         case Opcode::Round: define(in, t, "static_cast<float>(" + name(in.a) + ")"); break;
         case Opcode::Store: out_ << "    " << access("dst", in.slot) << " = " << stored(in) << ";\n"; break;
         }

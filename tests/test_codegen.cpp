@@ -6,6 +6,7 @@
 #include "recipes/families.hpp"
 #include "recipes/transforms.hpp"
 #include "surface.hpp"
+#include "dct4/table_slot.hpp"
 
 #include <gtest/gtest.h>
 
@@ -145,6 +146,38 @@ TEST(CodegenLower, KeepsTheInstructionListWellFormed) {
     }
 }
 
+TEST(CodegenGraph, ProductsOfTwoValuesAreSharedAndTakeBothSigns) {
+    Graph g;
+    const Ref a = g.input(0), b = g.input(1);
+    EXPECT_EQ(g.product(a, b), g.product(b, a));
+    EXPECT_EQ(g.product(-a, b), -g.product(a, b));
+    EXPECT_EQ(g.product(-a, -b), g.product(a, b));
+    EXPECT_TRUE(g.product(Ref{}, a).is_zero());
+    EXPECT_EQ(evaluate(g, {3.0, -2.0}, {g.product(-a, b)})[0], 6.0);
+}
+
+// In the element precision nothing widens or rounds; with late loads and
+// early stores each load comes right before its first use, but before the
+// first store, and each store right after its value.
+TEST(CodegenLower, ElementPrecisionAndPlacedLoadsAndStores) {
+    CodeletGraph c;
+    const Ref a = c.g.input(0), b = c.g.input(1), d = c.g.input(2);
+    const Ref p = c.g.round(c.g.sub(c.g.mul(0.3, a), b));
+    c.outputs.push_back({0, p, Store::Unscaled});
+    c.outputs.push_back({1, c.g.product(p, d), Store::Unscaled});
+    c.element_precision = c.early_stores = c.late_loads = true;
+    const Signature sig{"k", "float", false, zam::ScaleRule::Symmetric, 2, Form::Dct4Direct};
+    const Program single = lower(c, sig, Precision::Single);
+    std::vector<Opcode> ops;
+    for (const Instr& in : single.code) {
+        EXPECT_EQ(in.type, Type::F32);
+        ops.push_back(in.op);
+    }
+    using O = Opcode;
+    EXPECT_EQ(ops, (std::vector<O>{O::Load, O::MulConst, O::Load, O::Sub, O::Load, O::Store, O::Mul, O::Store}));
+    EXPECT_NE(print_cpp(single).find("y[1] = t"), std::string::npos);
+}
+
 } // namespace
 
 // ---- The recipes, evaluated on the graph without compiling them ----------
@@ -209,6 +242,64 @@ TEST(CodegenRecipes, RealDftsOfEveryLength) {
                 EXPECT_NEAR(out[static_cast<size_t>(j)], want, 1e-12) << n << (doubled ? " doubled" : "");
             }
         }
+    }
+}
+
+// Every DCT-IV kernel against the sums it stands for, the run-time table
+// values being rotations by arbitrary angles.
+TEST(CodegenRecipes, Dct4KernelsComputeTheirSums) {
+    const double pi = 3.14159265358979323846;
+    Planner planner;
+    for (const Dct4Block& b : dct4_blocks()) {
+        const CodeletGraph c = dct4_graph(planner, b);
+        const int n = b.n;
+        auto in = random_inputs(static_cast<size_t>(4 * n), static_cast<unsigned>(n));
+        std::vector<Cd> rot(static_cast<size_t>(n));  // the run-time rotation of value p
+        for (int p = 0; p < n; ++p) {
+            rot[size_t(p)] = unit(in[size_t(2 * n + p)]);
+            const size_t at = b.kind == Dct4Kind::Second ? size_t(2 * n) + zam::dct4::table_slot(uint32_t(n), uint32_t(p))
+                                                          : size_t(2 * n + 2 * (p - 1));
+            if (b.kind == Dct4Kind::Second || p > 0) {
+                in[at] = rot[size_t(p)].real();
+                in[at + 1] = rot[size_t(p)].imag();
+            }
+        }
+        std::vector<Ref> refs;
+        for (const Output& o : c.outputs) refs.push_back(o.v);
+        const auto got = evaluate(c.g, in, refs);
+        std::vector<double> want(c.outputs.size());
+        for (size_t o = 0; o < c.outputs.size(); ++o) {
+            const int slot = c.outputs[o].slot, h = n / 2;
+            Cd v = 0;
+            if (b.kind == Dct4Kind::Direct) {
+                for (int j = 0; j < n; ++j) v += in[size_t(j)] * std::cos(pi / n * (j + 0.5) * (slot + 0.5));
+            } else if (b.kind == Dct4Kind::First) {
+                const int g = slot / 2;
+                for (int k = 0; k < h; ++k) {
+                    const Cd z(in[size_t(k)], -in[size_t(h + k)]);
+                    v += (g % 2 ? std::conj(z) : z) * unit((k * (2.0 * g + 1)) / (2 * n));
+                }
+                v = slot % 2 ? v.imag() : v.real();
+            } else if (b.kind == Dct4Kind::Second) {
+                const int j = slot % n;
+                for (int p = 0; p < n; ++p) {
+                    const Cd q = Cd(in[size_t(p)], in[size_t(n + p)]) * rot[size_t(p)];
+                    v += p % 2 ? std::conj(q) * unit(-j * (2.0 * p + 1) / (4 * n)) : q * unit(j * (2.0 * p + 1) / (4 * n));
+                }
+                v = slot < n ? v.real() : v.imag();
+            } else {
+                const int l = slot / 2;
+                for (int i = 0; i < n; ++i) {
+                    Cd a(in[size_t(i)], in[size_t(n + i)]);
+                    if (b.kind == Dct4Kind::RadixOdd) a = std::conj(a);
+                    v += (i > 0 ? a * rot[size_t(i)] : a) * unit(double(i * l) / n);
+                }
+                if (2 * l >= n) v = std::conj(v);
+                v = slot % 2 ? v.imag() : v.real();
+            }
+            want[o] = v.real();
+        }
+        for (size_t o = 0; o < got.size(); ++o) EXPECT_NEAR(got[o], want[o], 1e-12) << b.name << " slot " << c.outputs[o].slot;
     }
 }
 

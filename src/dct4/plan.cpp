@@ -358,16 +358,6 @@ ZamStatus build_spec(void* self)
 
 } // namespace
 
-uint32_t table_slot(uint32_t r, uint32_t p)
-{
-    if (r <= 4) return p < (r + 1) / 2 ? 4 * p : 4 * (r - 1 - p) + 2;
-    const uint32_t front = p % 4 <= 1 ? p : r - 1 - p;
-    const uint32_t half = r / 2, j = front / half, rest = front % half;
-    const uint32_t b = rest % 4, c = rest / 4;
-    const uint32_t quad = (r / 4) * b + 2 * c + j;
-    return 4 * quad + (front == p ? 0 : 2);
-}
-
 template <class T>
 void fill_second_pass_table(T* table, uint32_t n, uint32_t r)
 {

@@ -18,6 +18,7 @@
 #pragma once
 
 #include "dct4/arena.hpp"
+#include "dct4/table_slot.hpp"
 
 #include <cstdint>
 
@@ -150,13 +151,6 @@ template <class T> ZamStatus init(Spec<T>** out, int32_t n, uint8_t* buffer);
 // Gives back everything the specification took, including its own record;
 // the cursor then stands where Init put it.
 template <class T> void destroy(Spec<T>* spec);
-
-// The second-pass table slot of (cos, sin) pair p in a row of radix r: pairs
-// come in quadruples, a pair from the front followed by its mirrored pair
-// r-1-p.  r <= 4: quadruple q holds pairs q and r-1-q.  r >= 8: quadruple
-// q = (r/4)b + 2c + j (b, j in 0..1, c < r/8) holds the front pair
-// b + 4c + (r/2)j.
-uint32_t table_slot(uint32_t r, uint32_t p);
 
 // Fills a second-pass table for length n and radix r (the angle generator's
 // values in the table order), as Init does.

@@ -1,7 +1,9 @@
 // The DCT-IV kernels of lengths 2, 4 and 8, the first-pass kernels of 2, 4
 // and 8 points, the second-pass kernels of radix 1, 2 and 4, and the drivers
-// of the two passes.  The longer kernels are in kernels_reference.cpp.
+// of the two passes.  The longer kernels are generated (dct4_kernels.hpp).
 #include "dct4/kernels.hpp"
+
+#include <cstring>
 
 namespace zam::dct4 {
 
@@ -160,9 +162,9 @@ FirstKernel<T> first_kernel(uint32_t kind)
     case 1: return first2<T>;
     case 2: return first4<T>;
     case 3: return first8<T>;
-    case 4: return first16<T>;
-    case 5: return first32<T>;
-    case 6: return first64<T>;
+    case 4: return first16;
+    case 5: return first32;
+    case 6: return first64;
     default: return nullptr;
     }
 }
@@ -174,16 +176,36 @@ SecondKernel<T> second_kernel(uint32_t kind)
     case 1: return second1<T>;
     case 2: return second2<T>;
     case 3: return second4<T>;
-    case 4: return second8<T>;
-    case 5: return second16<T>;
-    case 6: return second32<T>;
+    case 4: return second8;
+    case 5: return second16;
+    case 6: return second32;
     default: return nullptr;
+    }
+}
+
+template <class T>
+RadixKernel<T> radix_kernel(uint32_t kind, bool odd)
+{
+    switch (2 * kind + odd) {
+    case 2: return radix_even2;
+    case 3: return radix_odd2;
+    case 4: return radix_even4;
+    case 5: return radix_odd4;
+    case 6: return radix_even8;
+    case 7: return radix_odd8;
+    case 8: return radix_even16;
+    case 9: return radix_odd16;
+    case 10: return radix_even32;
+    default: return radix_odd32;
     }
 }
 
 // A nested stage for one group of its owner: its own first pass from the
 // source into its scratch, then its radix pass into the owner's output (out,
-// stride t).
+// stride t).  Group g' (kappa = g' or M'-1-g' for odd g') yields the M-point
+// kernel's Z[l1 + (M'/2) l2], l1 = kappa/2: for l2 < r'/2 at g = 2l, from
+// 2(2 l1) t on in steps of 2M't; the others at g = M-1-2l, conjugated, from
+// 2(M-1-2 l1) t backwards.
 template <class T>
 ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out, uint32_t t)
 {
@@ -192,10 +214,14 @@ ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out,
     if (ip == nullptr || rp == nullptr || rp->kind < 1 || rp->kind > 5) return ZAM_STS_CONTEXT_ERR;
     const ZamStatus sts = run_first_pass(ip, x, base, st->scratch);
     if (sts != ZAM_STS_OK) return sts;
-    const uint32_t per_group = 2 * (rp->radix - 1);
-    for (uint32_t g = 0; g < rp->groups; ++g)
-        nested_radix_group(st->scratch, rp->twiddles + per_group * g, g, rp->radix, rp->length, rp->sub_length,
-                           out, t);
+    const RadixKernel<T> even = radix_kernel<T>(rp->kind, false), odd = radix_kernel<T>(rp->kind, true);
+    const uint32_t r = rp->radix, per_group = 2 * (r - 1), m = rp->length, m_sub = rp->sub_length;
+    const ptrdiff_t step = 2 * ptrdiff_t(m_sub) * t;
+    for (uint32_t g = 0; g < rp->groups; ++g) {
+        const uint32_t low = (g % 2 == 0 ? g : m_sub - 1 - g) & ~1u;  // 2 l1
+        (g % 2 == 0 ? even : odd)(st->scratch + uint64_t(2 * r) * g, rp->twiddles + uint64_t(per_group) * g,
+                                  out + ptrdiff_t(2 * low) * t, out + ptrdiff_t(2 * (m - 1 - low)) * t, step, t);
+    }
     return ZAM_STS_OK;
 }
 
@@ -218,15 +244,38 @@ ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T*
     return ZAM_STS_OK;
 }
 
+// The second pass stores result j of group g at y[g + jS] and y[L - g - (r+j)S],
+// S = M a power of two: one group's 2r stores fall into one set of the
+// cache, and the next group stores next to them after they were evicted.
+// Past kDirectBytes of output, the groups run in blocks of one cache line's
+// worth of elements: the kernels write into a local block of 2r rows, each
+// row then goes out as one contiguous run (front row j to y[g0 + jS], back
+// row 2r-1-j, reversed by the kernel's mirror, to y[L - g0 - (r+j)S - B+1]).
+inline constexpr uint64_t kDirectBytes = 16384;
+inline constexpr uint32_t kLineBytes = 64;
+
 template <class T>
 ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y)
 {
     const SecondKernel<T> kernel = second_kernel<T>(pass->kind);
     if (kernel == nullptr) return ZAM_STS_CONTEXT_ERR;
-    const uint32_t width = 2 * pass->radix;
-    for (uint32_t g = 0; g < pass->groups; ++g)
-        kernel(scratch + uint64_t(pass->in_stride) * g, pass->table + uint64_t(width) * g, y, g, pass->out_step,
-               pass->mirror);
+    const uint32_t r = pass->radix, width = 2 * r, S = pass->out_step, L = pass->mirror;
+    constexpr uint32_t B = kLineBytes / sizeof(T);
+    if (uint64_t(pass->length) * sizeof(T) <= kDirectBytes || pass->groups % B != 0) {
+        for (uint32_t g = 0; g < pass->groups; ++g)
+            kernel(scratch + uint64_t(pass->in_stride) * g, pass->table + uint64_t(width) * g, y, g, S, L);
+        return ZAM_STS_OK;
+    }
+    alignas(kLineBytes) T block[2 * 32 * B];
+    for (uint32_t g0 = 0; g0 < pass->groups; g0 += B) {
+        for (uint32_t b = 0; b < B; ++b)
+            kernel(scratch + uint64_t(pass->in_stride) * (g0 + b), pass->table + uint64_t(width) * (g0 + b), block, b,
+                   B, 3 * r * B - 1);
+        for (uint32_t j = 0; j < r; ++j) {
+            std::memcpy(y + g0 + uint64_t(j) * S, block + j * B, sizeof(T) * B);
+            std::memcpy(y + (L - g0 - uint64_t(r + j) * S - (B - 1)), block + (2 * r - 1 - j) * B, sizeof(T) * B);
+        }
+    }
     return ZAM_STS_OK;
 }
 
