@@ -139,11 +139,11 @@ int main(int argc, char** argv) {
     for (const auto& [name, text] : zg::surface_files()) ok &= write_if_changed(dir / name, text);
 
     // The blocks of the hand-written transforms, internal to the library.
-    InternalFile wht("wht_blocks", "zam", "#include <cstddef>\n");
+    InternalFile wht("wht_blocks", "zam", "#include \"frame/access.hpp\"\n");
     for (const zg::Block& b : zg::internal_blocks())
         wht.add(zg::wht_graph(b.n, b.scaled ? zg::Store::Plain : zg::Store::Unscaled), b.name, true, b.n,
                 b.scaled ? zg::Form::ScaledBlock : zg::Form::Block);
-    InternalFile dct4("dct4_kernels", "zam::dct4", "#include <cstddef>\n#include <cstdint>\n");
+    InternalFile dct4("dct4_kernels", "zam::dct4", "#include \"frame/access.hpp\"\n\n#include <cstdint>\n");
     for (const zg::Dct4Block& b : zg::dct4_blocks()) dct4.add(zg::dct4_graph(planner, b), b.name, false, b.n, b.form());
     ok &= wht.write(dir) && dct4.write(dir);
     ok &= write_if_changed(dir / "manifest.tsv", manifest.str());

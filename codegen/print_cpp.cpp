@@ -85,35 +85,45 @@ private:
         return single_ ? float_literal(static_cast<float>(v)) : double_literal(v);
     }
 
-    std::string access(const char* array, int slot) const {
-        const bool load = array[0] == 's';
+    // Where an element is loaded from or stored to: a pointer and an index
+    // in elements of the scalar type (complex arrays as their scalars).
+    struct Place {
+        std::string base, index;
+    };
+
+    Place place(bool load, int slot) const {
         const int n = p_.sig.n;
+        const std::string k = std::to_string(slot);
         switch (p_.sig.form) {
-        case Form::Dct4Direct: return std::string(load ? "x[" : "y[") + std::to_string(slot) + ']';
+        case Form::Dct4Direct: return {load ? "x" : "y", k};
         case Form::Dct4First:
-            if (!load) return "out[" + index(times("", slot, "ts")) + ']';
-            return slot < n / 2 ? "xf[" + index(times("", slot, "ss")) + ']' : "xb[" + times("-", slot, "ss") + ']';
+            if (!load) return {"out", index(times("", slot, "ts"))};
+            return slot < n / 2 ? Place{"xf", index(times("", slot, "ss"))} : Place{"xb", times("-", slot, "ss")};
         case Form::Dct4Second:
         case Form::Dct4Radix:
-            if (load) return slot < 2 * n ? "v[" + std::to_string(slot) + ']' : "tw[" + std::to_string(slot - 2 * n) + ']';
-            return store_access(slot);
+            if (load) return slot < 2 * n ? Place{"v", k} : Place{"tw", std::to_string(slot - 2 * n)};
+            return store_place(slot);
         default: break;
         }
-        std::string s = std::string(array) + '[';
-        if (blocks()) return s + std::to_string(slot) + " * " + (load ? "is" : "os") + ']';
-        if (!p_.sig.complex_elements) return s + std::to_string(slot) + ']';
-        return s + std::to_string(slot / 2) + (slot % 2 ? "].im" : "].re");
+        const char* array = load ? "src" : "dst";
+        if (blocks()) return {array, k + " * " + (load ? "is" : "os")};
+        return {array, k};
     }
 
     // Where result `slot` of a second-pass or radix kernel goes.
-    std::string store_access(int slot) const {
+    Place store_place(int slot) const {
         const int n = p_.sig.n;
         if (p_.sig.form == Form::Dct4Second)
-            return slot < n ? "yf[" + index(times("", slot, "ss")) + ']' : "yb[" + times("-", slot, "ss") + ']';
+            return slot < n ? Place{"yf", index(times("", slot, "ss"))} : Place{"yb", times("-", slot, "ss")};
         const int l = slot / 2;
         const std::string at = times("", l, "step");
-        if (slot % 2 == 0) return l < n / 2 ? "front[" + index(at) + ']' : "back[-" + at + ']';
-        return l < n / 2 ? "front[" + (l == 0 ? "t" : at + " + t") + ']' : "back[t - " + at + ']';
+        if (slot % 2 == 0) return l < n / 2 ? Place{"front", index(at)} : Place{"back", "-" + at};
+        return l < n / 2 ? Place{"front", l == 0 ? "t" : at + " + t"} : Place{"back", "t - " + at};
+    }
+
+    std::string loaded(int slot) const {
+        const Place at = place(true, slot);
+        return std::string("zam::load<") + c_type(p_.scalar) + ">(" + at.base + ", " + at.index + ")";
     }
 
     static std::string index(const std::string& s) { return s.empty() ? "0" : s; }
@@ -137,7 +147,7 @@ private:
             const std::string nm = p_.sig.complex_elements
                                        ? "x" + std::to_string(in.slot / 2) + (in.slot % 2 ? "i" : "r")
                                        : "x" + std::to_string(in.slot);
-            define(in, nm, access("src", in.slot));
+            define(in, nm, loaded(in.slot));
             break;
         }
         case Opcode::Add: define(in, t, name(in.a) + " + " + name(in.b)); break;
@@ -148,7 +158,12 @@ private:
             break;
         case Opcode::Mul: define(in, t, name(in.a) + " * " + name(in.b)); break;
         case Opcode::Round: define(in, t, "static_cast<float>(" + name(in.a) + ")"); break;
-        case Opcode::Store: out_ << "    " << access("dst", in.slot) << " = " << stored(in) << ";\n"; break;
+        case Opcode::Store: {
+            const Place at = place(false, in.slot);
+            out_ << "    zam::store<" << c_type(p_.scalar) << ">(" << at.base << ", " << at.index << ", " << stored(in)
+                 << ");\n";
+            break;
+        }
         }
     }
 

@@ -175,7 +175,7 @@ TEST(CodegenLower, ElementPrecisionAndPlacedLoadsAndStores) {
     }
     using O = Opcode;
     EXPECT_EQ(ops, (std::vector<O>{O::Load, O::MulConst, O::Load, O::Sub, O::Load, O::Store, O::Mul, O::Store}));
-    EXPECT_NE(print_cpp(single).find("y[1] = t"), std::string::npos);
+    EXPECT_NE(print_cpp(single).find("zam::store<float>(y, 1, t"), std::string::npos);
 }
 
 } // namespace

@@ -1,7 +1,10 @@
 // The DCT-IV kernels of lengths 2, 4 and 8, the first-pass kernels of 2, 4
 // and 8 points, the second-pass kernels of radix 1, 2 and 4, and the drivers
 // of the two passes.  The longer kernels are generated (dct4_kernels.hpp).
+// The caller's vectors need not be aligned to their element type: they are
+// read and written through load and store (frame/access.hpp).
 #include "dct4/kernels.hpp"
+#include "frame/access.hpp"
 
 #include <cstring>
 
@@ -12,9 +15,9 @@ namespace zam::dct4 {
 template <class T>
 void direct2(const T* x, T* y)
 {
-    const T a = x[0], b = x[1];
-    y[0] = K<T>::c8 * a + K<T>::s8 * b;
-    y[1] = K<T>::s8 * a - K<T>::c8 * b;
+    const T a = load<T>(x, 0), b = load<T>(x, 1);
+    store<T>(y, 0, K<T>::c8 * a + K<T>::s8 * b);
+    store<T>(y, 1, K<T>::s8 * a - K<T>::c8 * b);
 }
 
 // Two rotations as three lifting steps each (tangent, sine, tangent), then a
@@ -23,16 +26,16 @@ template <class T>
 void direct4(const T* x, T* y)
 {
     const T t1 = K<T>::t7, t2 = K<T>::t5, s1 = K<T>::s7_16, s2 = K<T>::s5_16, h = K<T>::h;
-    const T x0 = x[0], x1 = x[1], x2 = x[2], x3 = x[3];
+    const T x0 = load<T>(x, 0), x1 = load<T>(x, 1), x2 = load<T>(x, 2), x3 = load<T>(x, 3);
     const T u = x0 - t1 * x3, v = x1 - t2 * x2;
     const T p = x3 + s1 * u, q = x2 + s2 * v;
     const T u1 = u - t1 * p, v1 = v - t2 * q;
     const T w = (u1 + v1) * h;
     const T d = (p - q) * h;
-    y[0] = p + q;
-    y[3] = u1 - v1;
-    y[1] = d + w;
-    y[2] = d - w;
+    store<T>(y, 0, p + q);
+    store<T>(y, 3, u1 - v1);
+    store<T>(y, 1, d + w);
+    store<T>(y, 2, d - w);
 }
 
 // Mirrored pairs folded with sqrt(1/2), rotations by pi/32, 3pi/32, 7pi/32,
@@ -42,7 +45,7 @@ void direct8(const T* x, T* y)
 {
     using C = K<T>;
     const T h = C::h;
-    const T x0 = x[0], x1 = x[1], x2 = x[2], x3 = x[3], x4 = x[4], x5 = x[5], x6 = x[6], x7 = x[7];
+    const T x0 = load<T>(x, 0), x1 = load<T>(x, 1), x2 = load<T>(x, 2), x3 = load<T>(x, 3), x4 = load<T>(x, 4), x5 = load<T>(x, 5), x6 = load<T>(x, 6), x7 = load<T>(x, 7);
     const T p = h * (x4 + x3), q = h * (x4 - x3), u = h * (x5 + x2), w = h * (x5 - x2);
     const T A = x0 + p, E = x0 - p, B = x1 + u, H = x1 - u;
     const T D = q - x7, F = q + x7, Kk = w - x6, G = w + x6;
@@ -52,14 +55,14 @@ void direct8(const T* x, T* y)
     const T R4 = C::s7 * H - C::c7 * G, I4 = C::c7 * H + C::s7 * G;
     const T a1 = h * (R1 - R2), b1 = h * (I1 + I2);
     const T a2 = h * (R3 - R4), b2 = h * (I3 + I4);
-    y[0] = R1 + R2;
-    y[7] = I1 - I2;
-    y[4] = a1 - b1;
-    y[3] = a1 + b1;
-    y[1] = R3 + R4;
-    y[6] = I3 - I4;
-    y[5] = a2 - b2;
-    y[2] = a2 + b2;
+    store<T>(y, 0, R1 + R2);
+    store<T>(y, 7, I1 - I2);
+    store<T>(y, 4, a1 - b1);
+    store<T>(y, 3, a1 + b1);
+    store<T>(y, 1, R3 + R4);
+    store<T>(y, 6, I3 - I4);
+    store<T>(y, 5, a2 - b2);
+    store<T>(y, 2, a2 + b2);
 }
 
 // ---- First-pass kernels --------------------------------------------------------
@@ -67,7 +70,7 @@ void direct8(const T* x, T* y)
 template <class T>
 void first2(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
 {
-    const T a = x[off], b = x[L - off - s];
+    const T a = load<T>(x, off), b = load<T>(x, L - off - s);
     out[0] = a;
     out[t] = -b;
 }
@@ -76,7 +79,7 @@ template <class T>
 void first4(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
 {
     const T h = K<T>::h;
-    const T a = x[off], b = x[off + s], d = x[L - off - 2 * s], e = x[L - off - 3 * s];
+    const T a = load<T>(x, off), b = load<T>(x, off + s), d = load<T>(x, L - off - 2 * s), e = load<T>(x, L - off - 3 * s);
     const T sum = h * (b + e), dif = h * (b - e);
     out[0] = a + sum;
     out[t] = dif - d;
@@ -88,8 +91,8 @@ template <class T>
 void first8(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
 {
     const T h = K<T>::h, c = K<T>::c8, n = K<T>::s8;
-    const T a0 = x[off], a1 = x[off + s], a2 = x[off + 2 * s], a3 = x[off + 3 * s];
-    const T b4 = x[L - off - 4 * s], b5 = x[L - off - 5 * s], b6 = x[L - off - 6 * s], b7 = x[L - off - 7 * s];
+    const T a0 = load<T>(x, off), a1 = load<T>(x, off + s), a2 = load<T>(x, off + 2 * s), a3 = load<T>(x, off + 3 * s);
+    const T b4 = load<T>(x, L - off - 4 * s), b5 = load<T>(x, L - off - 5 * s), b6 = load<T>(x, L - off - 6 * s), b7 = load<T>(x, L - off - 7 * s);
     const T p = h * (a2 + b6), q = h * (a2 - b6), u = h * (a3 + b7), w = h * (a3 - b7);
     const T A = a0 + p, B = a1 + u, D = w - b5, E = a0 - p, F = a1 - u, G = b5 + w;
     const T r0 = c * B - n * D, i0 = n * B + c * D, r1 = n * F - c * G, i1 = c * F + n * G;
@@ -110,8 +113,8 @@ template <class T>
 void second1(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
 {
     const T a = v[0], b = v[1], u = tw[0], w = tw[1];
-    y[g] = u * a - w * b;
-    y[L - S - g] = w * a + u * b;
+    store<T>(y, g, u * a - w * b);
+    store<T>(y, L - S - g, w * a + u * b);
 }
 
 template <class T>
@@ -121,10 +124,10 @@ void second2(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
     const T pr = v[0] * tw[0] - v[2] * tw[1], pi = v[0] * tw[1] + v[2] * tw[0];
     const T qr = v[1] * tw[2] - v[3] * tw[3], qi = v[1] * tw[3] + v[3] * tw[2];
     const T a = h * (pr - qr), b = h * (pi + qi);
-    y[g] = pr + qr;
-    y[g + S] = a - b;
-    y[L - g - 2 * S] = pi - qi;
-    y[L - g - 3 * S] = a + b;
+    store<T>(y, g, pr + qr);
+    store<T>(y, g + S, a - b);
+    store<T>(y, L - g - 2 * S, pi - qi);
+    store<T>(y, L - g - 3 * S, a + b);
 }
 
 template <class T>
@@ -141,14 +144,14 @@ void second4(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
     const T ra = r0 + r3, rb = r1 + r2, ia = i0 - i3, ib = i1 - i2;
     const T e = h * (ra - rb), f = h * (ia + ib);
     const T xz = h * (X - Z), yw = h * (Y + W);
-    y[g] = ra + rb;
-    y[g + 2 * S] = e - f;
-    y[L - g - 6 * S] = e + f;
-    y[L - g - 4 * S] = ia - ib;
-    y[g + S] = X + Z;
-    y[g + 3 * S] = xz - yw;
-    y[L - g - 7 * S] = xz + yw;
-    y[L - g - 5 * S] = Y - W;
+    store<T>(y, g, ra + rb);
+    store<T>(y, g + 2 * S, e - f);
+    store<T>(y, L - g - 6 * S, e + f);
+    store<T>(y, L - g - 4 * S, ia - ib);
+    store<T>(y, g + S, X + Z);
+    store<T>(y, g + 3 * S, xz - yw);
+    store<T>(y, L - g - 7 * S, xz + yw);
+    store<T>(y, L - g - 5 * S, Y - W);
 }
 
 // ---- Drivers ----------------------------------------------------------------------

@@ -3,6 +3,7 @@
 // leaf function.
 #pragma once
 
+#include "frame/access.hpp"
 #include "frame/scale_rule.hpp"
 #include "zamgen.h"
 
