@@ -250,30 +250,31 @@ const Dct4Api& dct4_api(bool single) {
 }
 
 void store_scalars(const Scalars& x, bool single, void* p) {
-    for (size_t i = 0; i < x.size(); ++i) {
-        const float f = static_cast<float>(x[i]);
-        const double d = static_cast<double>(x[i]);
-        std::memcpy(static_cast<uint8_t*>(p) + i * (single ? 4 : 8), single ? static_cast<const void*>(&f) : &d,
-                    single ? 4 : 8);
-    }
+    auto put = [&](auto v) {
+        for (size_t i = 0; i < x.size(); ++i) {
+            v = static_cast<decltype(v)>(x[i]);
+            std::memcpy(static_cast<uint8_t*>(p) + i * sizeof v, &v, sizeof v);
+        }
+    };
+    single ? put(0.0f) : put(0.0);
 }
 
 Scalars load_scalars(const void* p, size_t count, bool single) {
     Scalars x(count);
-    for (size_t i = 0; i < count; ++i) {
-        float f;
-        double d;
-        std::memcpy(single ? static_cast<void*>(&f) : &d, static_cast<const uint8_t*>(p) + i * (single ? 4 : 8),
-                    single ? 4 : 8);
-        x[i] = single ? static_cast<LD>(f) : static_cast<LD>(d);
-    }
+    auto get = [&](auto v) {
+        for (size_t i = 0; i < count; ++i) {
+            std::memcpy(&v, static_cast<const uint8_t*>(p) + i * sizeof v, sizeof v);
+            x[i] = v;
+        }
+    };
+    single ? get(0.0f) : get(0.0);
     return x;
 }
 
 // 64 KiB: a multiple of every page size and of Windows' allocation granule.
 constexpr size_t kGuardPage = 65536;
 
-GuardedBytes::GuardedBytes(size_t bytes, Side side) : size_(bytes) {
+GuardedBytes::GuardedBytes(size_t bytes, Side side) : side_(side), size_(bytes) {
     const size_t span = std::max<size_t>((bytes + kGuardPage - 1) / kGuardPage, side == kStart) * kGuardPage;
     total_ = span + kGuardPage;
     const size_t guard = side == kEnd ? span : 0;

@@ -138,10 +138,11 @@ public:
     GuardedBytes(const GuardedBytes&) = delete;
     GuardedBytes& operator=(const GuardedBytes&) = delete;
     uint8_t* data() const { return data_; }
-    // The last `bytes` of the area (side kEnd: flush against the page).
-    uint8_t* tail(size_t bytes) const { return data_ + size_ - bytes; }
+    // Where a shorter run of `bytes` starts to touch the page as well.
+    uint8_t* flush(size_t bytes) const { return side_ == kEnd ? data_ + size_ - bytes : data_; }
 
 private:
+    Side side_;
     uint8_t* base_;
     uint8_t* data_;
     size_t size_, total_;

@@ -20,6 +20,10 @@ constexpr GuardedBytes::Side kSides[] = {GuardedBytes::kEnd, GuardedBytes::kStar
 // NaN, and with the guard page at the end the source stops before N+1.
 TEST(Footprint, CodeletsAndDispatchersStayInsideTheirArrays) {
     uint8_t* const none = inaccessible();
+    // Source, destination and in-place array; the guard page at the end, then at the start.
+    const GuardedBytes areas[2][3] = {{GuardedBytes(1024), GuardedBytes(1024), GuardedBytes(1024)},
+                                      {GuardedBytes(1024, GuardedBytes::kStart), GuardedBytes(1024, GuardedBytes::kStart),
+                                       GuardedBytes(1024, GuardedBytes::kStart)}};
     for (const Case& c : all_cases()) {
         const size_t w = c.single ? 4 : 8, out = static_cast<size_t>(c.out);
         const bool ccs_inverse = c.layout == kCCS && c.direction > 0;
@@ -27,19 +31,21 @@ TEST(Footprint, CodeletsAndDispatchersStayInsideTheirArrays) {
         Scalars poisoned = x;
         if (ccs_inverse) poisoned[1] = NAN;
         if (ccs_inverse && c.n % 2 == 0) poisoned[static_cast<size_t>(c.n + 1)] = NAN;
-        for (auto side : kSides) {
-            const size_t in = ccs_inverse && c.n % 2 == 0 && side == GuardedBytes::kEnd ? x.size() - 1 : x.size();
+        for (int side = 0; side < 2; ++side) {
+            const GuardedBytes(&area)[3] = areas[side];
+            const size_t in = ccs_inverse && c.n % 2 == 0 && side == 0 ? x.size() - 1 : x.size();
             const Scalars stored(poisoned.begin(), poisoned.begin() + static_cast<ptrdiff_t>(in));
-            GuardedBytes src(in * w, side), dst(out * w, side), same(std::max(in, out) * w, side);
+            uint8_t *const src = area[0].flush(in * w), *const dst = area[1].flush(out * w);
+            uint8_t* const same = area[2].flush(std::max(in, out) * w);
             for (uint32_t flag : kFlags) {
                 Scalars want;
                 ASSERT_EQ(c.run(x, want, flag), ZAM_STS_OK);
                 for (int way = 0; way < 3; ++way) {  // codelet, dispatcher, in place
-                    uint8_t* d = way == 2 ? same.data() : dst.data();
-                    store_scalars(stored, c.single, way == 2 ? d : src.data());
+                    uint8_t* d = way == 2 ? same : dst;
+                    store_scalars(stored, c.single, way == 2 ? d : src);
                     if (way < 2) std::memset(d, 0xFF, out * w);  // NaN: every output must be written
-                    const ZamStatus st = way == 0 ? c.call(src.data(), d, flag)
-                                       : way == 1 ? c.dispatch(src.data(), d, c.n, flag) : c.call(d, d, flag);
+                    const ZamStatus st = way == 0 ? c.call(src, d, flag)
+                                       : way == 1 ? c.dispatch(src, d, c.n, flag) : c.call(d, d, flag);
                     EXPECT_EQ(st, ZAM_STS_OK);
                     EXPECT_TRUE(identical(load_scalars(d, out, c.single), want)) << c.name << " way " << way;
                 }
