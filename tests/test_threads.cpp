@@ -34,8 +34,11 @@ struct Own {
 // memory, and the result it gave on one thread.
 struct Job {
     std::string name;
-    std::vector<uint8_t> input, want;
+    bool single;
+    Scalars x;
+    size_t out;  // elements
     std::function<ZamStatus(const uint8_t*, uint8_t*, Own&)> call;
+    std::vector<uint8_t> input{}, want{};  // filled from x, and by the single-threaded call
 };
 
 TEST(Threads, EveryFamilyGivesTheSameBitsOnEightThreadsAtOnce) {
@@ -45,37 +48,32 @@ TEST(Threads, EveryFamilyGivesTheSameBitsOnEightThreadsAtOnce) {
     std::vector<Job> jobs;
     Own mine;
     for (int i = 0; i < 320; ++i) {
-        const bool single = rng() % 2;
-        const size_t w = single ? 4 : 8;
         const uint32_t flag = kFlags[rng() % 4];
         Job j;
-        if (i % 4 == 0) {
+        if (i % 4 == 0) {  // a codelet through its dispatcher
             const Case& c = *cases_of(fams[rng() % fams.size()])[rng() % 63];
-            const size_t cw = c.single ? 4 : 8;
-            j = {c.name, std::vector<uint8_t>(static_cast<size_t>(c.in) * cw), std::vector<uint8_t>(static_cast<size_t>(c.out) * cw),
+            j = {c.name, c.single, c.input(rng()), static_cast<size_t>(c.out),
                  [&c, flag](const uint8_t* s, uint8_t* d, Own&) { return c.dispatch(s, d, c.n, flag); }};
-            store_scalars(c.input(rng()), c.single, j.input.data());
-        } else if (i % 4 == 1) {
+        } else if (i % 4 == 1) {  // with the thread's buffer, with none, through the order entry with none
             const WhtCase& c = wht_cases()[rng() % 26];
-            const int way = static_cast<int>(rng() % 3);  // own buffer, none, the order entry with none
-            const size_t cw = c.single ? 4 : 8;
-            j = {c.name, std::vector<uint8_t>(c.n() * cw), std::vector<uint8_t>(c.n() * cw),
+            const uint64_t way = rng() % 3;
+            j = {c.name, c.single, random_scalars(rng(), c.n(), c.single), c.n(),
                  [&c, flag, way](const uint8_t* s, uint8_t* d, Own& own) {
                      return way == 2 ? c.entry(s, d, c.order, flag, nullptr)
                                      : c.call(s, d, flag, way == 0 ? own.wht_buffer.data() : nullptr);
                  }};
-            store_scalars(random_scalars(rng(), c.n(), c.single), c.single, j.input.data());
-        } else {
-            const bool own = i % 4 == 2;
-            const int k = 1 + static_cast<int>(rng() % (own ? 12 : 5));
+        } else {  // the DCT-IV on the thread's own specification, or on one all threads share
+            const bool single = rng() % 2, own = i % 4 == 2;
+            const size_t k = 1 + rng() % (own ? 12 : 5), n = size_t{1} << k;
             void* const spec = shared.spec[single][k];
-            j = {"DCT-IV " + std::to_string(1 << k) + (own ? " own" : " shared"),
-                 std::vector<uint8_t>(w << k), std::vector<uint8_t>(w << k),
+            j = {"DCT-IV " + std::to_string(n) + (own ? " own" : " shared"), single, random_scalars(rng(), n, single), n,
                  [=](const uint8_t* s, uint8_t* d, Own& mine) {
                      return dct4_api(single).run(s, d, own ? mine.spec[single][k] : spec);
                  }};
-            store_scalars(random_scalars(rng(), size_t{1} << k, single), single, j.input.data());
         }
+        j.input.resize(j.x.size() * (j.single ? 4 : 8));
+        j.want.resize(j.out * (j.single ? 4 : 8));
+        store_scalars(j.x, j.single, j.input.data());
         ASSERT_EQ(j.call(j.input.data(), j.want.data(), mine), ZAM_STS_OK) << j.name;
         jobs.push_back(std::move(j));
     }
