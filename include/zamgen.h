@@ -200,7 +200,8 @@ ZAMGEN_API ZamStatus zamgWHTGetBufferSize_64f(int32_t order, int32_t* pSize);
  * a scratch vector) inside one buffer:
  *   1. zamgDCT4GetSize_<T>(N, &size): the buffer size in bytes; -6 for a
  *      length that is not a power of two from 2 up to the largest above (the
- *      size would no longer fit a signed 32-bit count), -8 for a null pointer.
+ *      size would no longer fit a signed 32-bit count), tested first; then -8
+ *      for a null pointer.
  *   2. zamgDCT4Init_<T>(&spec, N, buffer): builds the specification inside
  *      the caller's buffer of at least that size; the buffer's contents are
  *      not read, its first eight bytes become the allocation cursor.  -8 for

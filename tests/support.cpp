@@ -10,11 +10,18 @@
 #include <type_traits>
 
 #ifdef _WIN32
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
 #include <fcntl.h>
 #include <io.h>
 // Lines end in "\n" on Windows too: ctest reads the list of tests, and the
 // checksum lines compare with the baseline as they are.
 static const int binary_stdout = _setmode(_fileno(stdout), _O_BINARY);
+#else
+#include <sys/mman.h>
 #endif
 
 namespace zt {
@@ -193,6 +200,108 @@ bool identical(const Scalars& a, const Scalars& b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](LD x, LD y) {
                return x == y && std::signbit(x) == std::signbit(y);
            });
+}
+
+namespace {
+
+template <class T>
+WhtCase wht_case(const char* name, int order, ZamStatus (*fn)(const T*, T*, uint32_t, uint8_t*)) {
+    constexpr bool single = std::is_same_v<T, Zam32f>;
+    WhtCase w{name, order, single, {}, {}, single ? zamgWHTGetBufferSize_32f : zamgWHTGetBufferSize_64f};
+    w.call = [fn](const void* s, void* d, uint32_t f, uint8_t* b) {
+        return fn(static_cast<const T*>(s), static_cast<T*>(d), f, b);
+    };
+    w.entry = [](const void* s, void* d, int32_t o, uint32_t f, uint8_t* b) {
+        if constexpr (single) return zamgWHT_32f(static_cast<const T*>(s), static_cast<T*>(d), o, f, b);
+        else return zamgWHT_64f(static_cast<const T*>(s), static_cast<T*>(d), o, f, b);
+    };
+    return w;
+}
+
+template <class T, class S, auto GetSize, auto Init, auto InitAlloc, auto Free, auto Run>
+constexpr Dct4Api dct4_functions(int32_t max_length) {
+    return {std::is_same_v<T, Zam32f>, max_length, GetSize,
+            [](void** s, int32_t n, uint8_t* b) { return Init(reinterpret_cast<S**>(s), n, b); },
+            [](void** s, int32_t n) { return InitAlloc(reinterpret_cast<S**>(s), n); },
+            [](void* s) { return Free(static_cast<S*>(s)); },
+            [](const void* x, void* y, const void* s) {
+                return Run(static_cast<const T*>(x), static_cast<T*>(y), static_cast<const S*>(s));
+            }};
+}
+
+} // namespace
+
+const std::vector<WhtCase>& wht_cases() {
+    static const std::vector<WhtCase> cases = [] {
+        std::vector<WhtCase> v;
+#define ZAM_WHT(name, T, order) v.push_back(wht_case<T>(#name, order, name));
+#include "registry.inc"
+        return v;
+    }();
+    return cases;
+}
+
+const Dct4Api& dct4_api(bool single) {
+    static constexpr Dct4Api f = dct4_functions<Zam32f, ZamDCT4Spec_32f, zamgDCT4GetSize_32f, zamgDCT4Init_32f,
+                                                 zamgDCT4InitAlloc_32f, zamgDCT4Free_32f, zamgDCT4_32f>(1 << 27);
+    static constexpr Dct4Api d = dct4_functions<Zam64f, ZamDCT4Spec_64f, zamgDCT4GetSize_64f, zamgDCT4Init_64f,
+                                                 zamgDCT4InitAlloc_64f, zamgDCT4Free_64f, zamgDCT4_64f>(1 << 26);
+    return single ? f : d;
+}
+
+void store_scalars(const Scalars& x, bool single, void* p) {
+    auto put = [&](auto v) {
+        for (size_t i = 0; i < x.size(); ++i) {
+            v = static_cast<decltype(v)>(x[i]);
+            std::memcpy(static_cast<uint8_t*>(p) + i * sizeof v, &v, sizeof v);
+        }
+    };
+    single ? put(0.0f) : put(0.0);
+}
+
+Scalars load_scalars(const void* p, size_t count, bool single) {
+    Scalars x(count);
+    auto get = [&](auto v) {
+        for (size_t i = 0; i < count; ++i) {
+            std::memcpy(&v, static_cast<const uint8_t*>(p) + i * sizeof v, sizeof v);
+            x[i] = v;
+        }
+    };
+    single ? get(0.0f) : get(0.0);
+    return x;
+}
+
+// 64 KiB: a multiple of every page size and of Windows' allocation granule.
+constexpr size_t kGuardPage = 65536;
+
+GuardedBytes::GuardedBytes(size_t bytes, Side side) : side_(side), size_(bytes) {
+    const size_t span = std::max<size_t>((bytes + kGuardPage - 1) / kGuardPage, side == kStart) * kGuardPage;
+    total_ = span + kGuardPage;
+    const size_t guard = side == kEnd ? span : 0;
+#if defined(_WIN32)
+    base_ = static_cast<uint8_t*>(VirtualAlloc(nullptr, total_, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    DWORD old;
+    const bool guarded = base_ != nullptr && VirtualProtect(base_ + guard, kGuardPage, PAGE_NOACCESS, &old);
+#else
+    void* m = mmap(nullptr, total_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    base_ = m == MAP_FAILED ? nullptr : static_cast<uint8_t*>(m);
+    const bool guarded = base_ != nullptr && mprotect(base_ + guard, kGuardPage, PROT_NONE) == 0;
+#endif
+    if (!guarded) throw std::runtime_error("no guarded memory");
+    data_ = side == kEnd ? base_ + span - bytes : base_ + kGuardPage;
+}
+
+GuardedBytes::~GuardedBytes() {
+#if defined(_WIN32)
+    VirtualFree(base_, 0, MEM_RELEASE);
+#else
+    munmap(base_, total_);
+#endif
+}
+
+uint8_t* inaccessible() {
+    static const GuardedBytes page(0);
+    return page.data();
 }
 
 std::vector<std::map<std::string, std::string>> read_tsv(const std::string& path) {

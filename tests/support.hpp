@@ -98,6 +98,58 @@ bool bitwise_equal(const std::vector<T>& a, const std::vector<T>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
 }
 
+// One Walsh-Hadamard codelet with its precision's order entry and buffer-size
+// query, behind the same untyped interface.
+struct WhtCase {
+    std::string name;  // zamgWHT_9_64f
+    int order = 0;
+    bool single = false;
+    std::function<ZamStatus(const void*, void*, uint32_t, uint8_t*)> call;
+    std::function<ZamStatus(const void*, void*, int32_t, uint32_t, uint8_t*)> entry;
+    ZamStatus (*buffer_size)(int32_t, int32_t*) = nullptr;
+    size_t n() const { return size_t{1} << order; }
+};
+const std::vector<WhtCase>& wht_cases();  // 32f orders 1..13, then 64f
+
+// The DCT-IV functions of one precision, the specification untyped.
+struct Dct4Api {
+    bool single;
+    int32_t max_length;
+    ZamStatus (*get_size)(int32_t, uint32_t*);
+    ZamStatus (*init)(void**, int32_t, uint8_t*);
+    ZamStatus (*init_alloc)(void**, int32_t);
+    ZamStatus (*free)(void*);
+    ZamStatus (*run)(const void*, void*, const void*);
+};
+const Dct4Api& dct4_api(bool single);
+
+// Scalars stored as (or loaded from) float or double at any byte address.
+void store_scalars(const Scalars& x, bool single, void* p);
+Scalars load_scalars(const void* p, size_t count, bool single);
+
+// Exactly `bytes` of memory flush against a page that cannot be touched: the
+// bytes end where the page begins (kEnd) or begin where it ends (kStart).
+// With no bytes at the end, data() points into the page: any access faults.
+class GuardedBytes {
+public:
+    enum Side { kEnd, kStart };
+    explicit GuardedBytes(size_t bytes, Side side = kEnd);
+    ~GuardedBytes();
+    GuardedBytes(const GuardedBytes&) = delete;
+    GuardedBytes& operator=(const GuardedBytes&) = delete;
+    uint8_t* data() const { return data_; }
+    // Where a shorter run of `bytes` starts to touch the page as well.
+    uint8_t* flush(size_t bytes) const { return side_ == kEnd ? data_ + size_ - bytes : data_; }
+
+private:
+    Side side_;
+    uint8_t* base_;
+    uint8_t* data_;
+    size_t size_, total_;
+};
+// An address no call may read or write.
+uint8_t* inaccessible();
+
 // The rows of a tab-separated file with a header line, as column -> field.
 std::vector<std::map<std::string, std::string>> read_tsv(const std::string& path);
 

@@ -10,13 +10,6 @@
 #include <cstdio>
 #include <cstdint>
 
-#if defined(_WIN32)
-#include <windows.h>
-#else
-#include <sys/mman.h>
-#include <unistd.h>
-#endif
-
 namespace {
 
 using namespace zt;
@@ -44,37 +37,6 @@ const Orders<T>& orders() {
     }();
     return o;
 }
-
-// A buffer of exactly `bytes` that ends where an inaccessible page begins.
-class GuardedBytes {
-public:
-    explicit GuardedBytes(size_t bytes) {
-        const size_t page = 65536, span = (bytes + page - 1) / page * page;
-#if defined(_WIN32)
-        base_ = static_cast<uint8_t*>(VirtualAlloc(nullptr, span + page, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
-        DWORD old;
-        VirtualProtect(base_ + span, page, PAGE_NOACCESS, &old);
-#else
-        base_ = static_cast<uint8_t*>(mmap(nullptr, span + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        mprotect(base_ + span, page, PROT_NONE);
-#endif
-        total_ = span + page;
-        data_ = base_ + span - bytes;
-    }
-    ~GuardedBytes() {
-#if defined(_WIN32)
-        VirtualFree(base_, 0, MEM_RELEASE);
-#else
-        munmap(base_, total_);
-#endif
-    }
-    uint8_t* data() const { return data_; }
-
-private:
-    uint8_t* base_;
-    uint8_t* data_;
-    size_t total_;
-};
 
 // y[k] = sum_n (-1)^popcount(k & n) x[n], summed exactly for integer inputs.
 std::vector<int64_t> definition(const std::vector<int64_t>& x) {

@@ -9,6 +9,19 @@ namespace {
 template <class T, class Handle>
 Spec<T>* spec_of(Handle* h) { return reinterpret_cast<Spec<T>*>(h); }
 
+// The length is tested first, as by every size query of the library; then
+// the pointer; nothing is written on failure.
+template <class T>
+ZamStatus size_query(int32_t n, uint32_t* out)
+{
+    uint32_t size = 0;
+    const ZamStatus sts = get_size<T>(n, &size);
+    if (sts != ZAM_STS_OK) return sts;
+    if (out == nullptr) return ZAM_STS_NULL_PTR_ERR;
+    *out = size;
+    return ZAM_STS_OK;
+}
+
 template <class T, class Handle>
 ZamStatus init_alloc(Handle** out, int32_t n)
 {
@@ -62,16 +75,8 @@ using namespace zam::dct4;
 
 extern "C" {
 
-ZamStatus zamgDCT4GetSize_32f(int32_t len, uint32_t* pSize)
-{
-    if (pSize == nullptr) return ZAM_STS_NULL_PTR_ERR;
-    return get_size<float>(len, pSize);
-}
-ZamStatus zamgDCT4GetSize_64f(int32_t len, uint32_t* pSize)
-{
-    if (pSize == nullptr) return ZAM_STS_NULL_PTR_ERR;
-    return get_size<double>(len, pSize);
-}
+ZamStatus zamgDCT4GetSize_32f(int32_t len, uint32_t* pSize) { return size_query<float>(len, pSize); }
+ZamStatus zamgDCT4GetSize_64f(int32_t len, uint32_t* pSize) { return size_query<double>(len, pSize); }
 ZamStatus zamgDCT4Init_32f(ZamDCT4Spec_32f** ppSpec, int32_t len, uint8_t* pBuffer)
 {
     return init_in<float>(ppSpec, len, pBuffer);
