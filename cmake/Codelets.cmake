@@ -51,7 +51,8 @@ list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/dct4_kernels.cpp)
 set(ZAMGEN_MANIFEST ${ZAMGEN_GEN_DIR}/manifest.tsv)
 set(ZAMGEN_EXPORTS ${ZAMGEN_GEN_DIR}/exports.txt)
 set(ZAMGEN_SURFACE_FILES
-  ${ZAMGEN_GEN_DIR}/include/zamgen_functions.h ${ZAMGEN_GEN_DIR}/dispatch_tables.inc
+  ${ZAMGEN_GEN_DIR}/include/zamgen_functions.h ${ZAMGEN_GEN_DIR}/include/zamgen_table.hpp
+  ${ZAMGEN_GEN_DIR}/dispatch_tables.inc
   ${ZAMGEN_GEN_DIR}/registry.inc ${ZAMGEN_EXPORTS} ${ZAMGEN_GEN_DIR}/zamgen.def ${ZAMGEN_GEN_DIR}/zamgen.map
   ${ZAMGEN_GEN_DIR}/wht_blocks.hpp ${ZAMGEN_GEN_DIR}/dct4_kernels.hpp)
 
