@@ -177,17 +177,9 @@ template <detail::precision T>
 
 namespace detail {
 
-// The Walsh-Hadamard transform of an order, with the caller's work buffer
-// (an empty span lets the library allocate one) unless it is too small.
-template <class T>
-[[nodiscard]] inline status wht(const T* src, T* dst, int order, scale s, std::span<std::byte> work) noexcept {
-    if (!work.empty() && order >= first_buffered_order && work.size() < wht_work_size<T>(order))
-        return status::size_error;
-    auto* buffer = work.empty() ? nullptr : reinterpret_cast<std::uint8_t*>(work.data());
-    return static_cast<status>(
-        codelets<generated::WHT, T>::dispatcher(src, dst, order, static_cast<std::uint32_t>(s), buffer));
-}
-
+// The Walsh-Hadamard transform of 2^Order points, or at run time of
+// src.size() points (2, 4, ..., 8192), with the caller's work buffer (an empty
+// span lets the library allocate one) unless it is too small.
 template <int Order, class T>
 [[nodiscard]] inline status wht(const T* src, T* dst, scale s, std::span<std::byte> work) noexcept {
     if constexpr (Order >= first_buffered_order)
@@ -199,10 +191,15 @@ template <int Order, class T>
 
 template <class T>
 [[nodiscard]] inline status wht(std::span<const T> src, std::span<T> dst, scale s, std::span<std::byte> work) noexcept {
+    using C = codelets<generated::WHT, T>;
     const std::size_t n = src.size();
-    if (!std::has_single_bit(n) || n < 2 || n > wht_points(codelets<generated::WHT, T>::last) || dst.size() != n)
+    if (!std::has_single_bit(n) || n < wht_points(C::first) || n > wht_points(C::last) || dst.size() != n)
         return status::size_error;
-    return wht(src.data(), dst.data(), std::countr_zero(n), s, work);
+    const int order = std::countr_zero(n);
+    if (!work.empty() && order >= first_buffered_order && work.size() < wht_work_size<T>(order))
+        return status::size_error;
+    auto* buffer = work.empty() ? nullptr : reinterpret_cast<std::uint8_t*>(work.data());
+    return static_cast<status>(C::dispatcher(src.data(), dst.data(), order, static_cast<std::uint32_t>(s), buffer));
 }
 
 }  // namespace detail
