@@ -7,7 +7,7 @@ if(NOT rc EQUAL 0)
   message(FATAL_ERROR "codelet compiler failed: ${rc}")
 endif()
 file(GLOB_RECURSE files RELATIVE ${REFERENCE} ${REFERENCE}/*.cpp ${REFERENCE}/*.tsv ${REFERENCE}/*.inc
-     ${REFERENCE}/*.h ${REFERENCE}/*.def ${REFERENCE}/*.map ${REFERENCE}/*.txt)
+     ${REFERENCE}/*.h ${REFERENCE}/*.hpp ${REFERENCE}/*.def ${REFERENCE}/*.map ${REFERENCE}/*.txt)
 list(LENGTH files count)
 if(count EQUAL 0)
   message(FATAL_ERROR "no generated files in ${REFERENCE}")
