@@ -25,6 +25,7 @@ import sys
 from collections import defaultdict
 
 DOCS = os.path.dirname(os.path.abspath(__file__))
+sys.dont_write_bytecode = True  # no __pycache__ left in bench/
 sys.path.insert(0, os.path.join(DOCS, "..", "bench"))
 import ratios  # noqa: E402  (best_times, pairs, geometric_mean)
 
