@@ -49,19 +49,12 @@ foreach(dir LIBDIR INCLUDEDIR)
     set(ZAMGEN_PC_${dir} "\${prefix}/${CMAKE_INSTALL_${dir}}")
   endif()
 endforeach()
-# A package (cpack) can be unpacked anywhere: its files name the prefix
-# relative to their own directory instead.
 set(ZAMGEN_PC_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH _up /prefix/${ZAMGEN_PC_DIR} /prefix)
 set(ZAMGEN_PC_PREFIX "@ZAMGEN_PC_PREFIX@")  # filled in at install time
 foreach(pc zamgen zamcore)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${pc}.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${pc}.pc.in @ONLY)
   install(CODE "
-    if(CPACK_GENERATOR)
-      set(ZAMGEN_PC_PREFIX \"\\\${pcfiledir}/${_up}\")
-    else()
-      set(ZAMGEN_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
-    endif()
+    set(ZAMGEN_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
     configure_file(\"${PROJECT_BINARY_DIR}/pkgconfig/${pc}.pc.in\" \"${PROJECT_BINARY_DIR}/pkgconfig/${pc}.pc\" @ONLY)")
   install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${pc}.pc DESTINATION ${ZAMGEN_PC_DIR})
 endforeach()
@@ -80,5 +73,12 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_GENERATOR TGZ)
     set(CPACK_PACKAGE_FILE_NAME zamgen-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR})
   endif()
+  # A package can be unpacked anywhere: its .pc files name the prefix
+  # relative to their own directory instead of cpack's staging directory.
+  file(RELATIVE_PATH ZAMGEN_PC_UP /prefix/${ZAMGEN_PC_DIR} /prefix)
+  string(REGEX REPLACE "/$" "" ZAMGEN_PC_UP "${ZAMGEN_PC_UP}")
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/RelocatePkgConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/RelocatePkgConfig.cmake @ONLY)
+  set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/RelocatePkgConfig.cmake)
   include(CPack)
 endif()
