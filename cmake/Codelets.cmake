@@ -7,13 +7,13 @@
 # What is exported is the compiler's table; the build only knows how many
 # source files the codelets are spread over.
 
-set(ZAMGEN_GEN_DIR ${CMAKE_BINARY_DIR}/generated)
+set(ZAMGEN_GEN_DIR ${PROJECT_BINARY_DIR}/generated)
 set(ZAMGEN_CODELET_SHARDS 64)
 
 if(CMAKE_CROSSCOMPILING)
   include(ExternalProject)
   set(ZAMGEN_HOST_CXX "c++" CACHE STRING "Host C++ compiler for the codelet compiler")
-  set(_host_dir ${CMAKE_BINARY_DIR}/codegen-host)
+  set(_host_dir ${PROJECT_BINARY_DIR}/codegen-host)
   set(ZAMGEN_CODEGEN ${_host_dir}/zamgen-codegen)
   ExternalProject_Add(zamgen-codegen-host
     SOURCE_DIR ${PROJECT_SOURCE_DIR}/codegen
@@ -26,6 +26,8 @@ if(CMAKE_CROSSCOMPILING)
   set(_codegen_dep zamgen-codegen-host)
 else()
   add_subdirectory(codegen)
+  zamgen_target_defaults(zamgen-codegen-core)
+  zamgen_target_defaults(zamgen-codegen)
   set(ZAMGEN_CODEGEN $<TARGET_FILE:zamgen-codegen>)
   set(_codegen_dep zamgen-codegen)
 endif()
