@@ -8,7 +8,7 @@
 #include "zamcore.h"
 
 #include <benchmark/benchmark.h>
-#include <fftw3.h>
+#include "fftw_api.hpp"
 
 #include <cstring>
 #include <functional>
@@ -17,28 +17,6 @@
 #include <vector>
 
 namespace {
-
-// FFTW's API per precision.
-template <class T>
-struct Fftw;
-template <>
-struct Fftw<float> {
-    using Plan = fftwf_plan;
-    using Complex = fftwf_complex;
-    static constexpr auto r2r = fftwf_plan_r2r, execute = fftwf_execute, destroy = fftwf_destroy_plan;
-    static constexpr auto dft_1d = fftwf_plan_dft_1d;
-    static constexpr auto r2c_1d = fftwf_plan_dft_r2c_1d;
-    static constexpr auto r2r_1d = fftwf_plan_r2r_1d;
-};
-template <>
-struct Fftw<double> {
-    using Plan = fftw_plan;
-    using Complex = fftw_complex;
-    static constexpr auto r2r = fftw_plan_r2r, execute = fftw_execute, destroy = fftw_destroy_plan;
-    static constexpr auto dft_1d = fftw_plan_dft_1d;
-    static constexpr auto r2c_1d = fftw_plan_dft_r2c_1d;
-    static constexpr auto r2r_1d = fftw_plan_r2r_1d;
-};
 
 // Input and output buffers of `scalars` values each, aligned, shared by both
 // libraries for one size.
