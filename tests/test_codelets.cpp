@@ -154,6 +154,16 @@ TEST(RealLayouts, ZerosArePositive) {
     }
 }
 
+// Case a on xa and case b on xb give the same bits under every flag.
+void expect_same_bits(const Case& a, const Scalars& xa, const Case& b, const Scalars& xb) {
+    for (uint32_t flag : kFlags) {
+        Scalars ya, yb;
+        ASSERT_EQ(a.run(xa, ya, flag), ZAM_STS_OK) << a.name;
+        ASSERT_EQ(b.run(xb, yb, flag), ZAM_STS_OK) << b.name;
+        EXPECT_TRUE(identical(ya, yb)) << a.name << " flag " << flag;
+    }
+}
+
 // The CCS inverse never reads element 1 nor (even N) element N+1.
 TEST(RealLayouts, CcsInverseIgnoresTheZeroImaginaryParts) {
     for (const Case& c : all_cases()) {
@@ -162,12 +172,7 @@ TEST(RealLayouts, CcsInverseIgnoresTheZeroImaginaryParts) {
         Scalars dirty = clean;
         dirty[1] = std::numeric_limits<LD>::quiet_NaN();
         if (c.n % 2 == 0) dirty[static_cast<size_t>(c.n + 1)] = std::numeric_limits<LD>::quiet_NaN();
-        for (uint32_t flag : kFlags) {
-            Scalars a, b;
-            ASSERT_EQ(c.run(clean, a, flag), ZAM_STS_OK) << c.name;
-            ASSERT_EQ(c.run(dirty, b, flag), ZAM_STS_OK) << c.name;
-            EXPECT_TRUE(identical(a, b)) << c.name << " flag " << flag;
-        }
+        expect_same_bits(c, clean, c, dirty);
     }
 }
 
@@ -177,12 +182,7 @@ TEST(RealLayouts, OddLengthPackAndPermAreIdentical) {
         std::string perm = c.name;
         const Case& p = find_case(perm.replace(perm.find("Pack"), 4, "Perm"));
         const Scalars x = c.input(11u * static_cast<uint64_t>(c.n));
-        for (uint32_t flag : kFlags) {
-            Scalars a, b;
-            ASSERT_EQ(c.run(x, a, flag), ZAM_STS_OK) << c.name;
-            ASSERT_EQ(p.run(x, b, flag), ZAM_STS_OK) << p.name;
-            EXPECT_TRUE(identical(a, b)) << c.name << " flag " << flag;
-        }
+        expect_same_bits(c, x, p, x);
     }
 }
 
