@@ -236,55 +236,6 @@ TEST(Dct4Arena, ReleasingOwnedObjectsCallsEachAndGivesBackItsSize)
     EXPECT_EQ(arena_cursor(a), start);
 }
 
-TEST(Dct4Arena, RadixChoice)
-{
-    const struct { int32_t m, radix; } cases[] = {
-        {2, -6}, {3, -6}, {9, -6}, {15, -6}, {0, -6}, {-4, -6}, {INT32_MIN, -6}, {4, 2}, {6, 2}, {12, 2}, {14, 2},
-        {16, 4}, {20, 4}, {18, 2}, {22, 2}, {24, 4}, {27, -6}, {32, 8}, {40, 8}, {64, 8}, {96, 8}, {120, 8},
-        {128, 16}, {144, 16}, {136, 8}, {256, 16}, {496, 16}, {512, 32}, {520, 8}, {528, 16}, {544, 32},
-        {1 << 20, 32}, {(1 << 20) + 2, 2}};
-    for (auto c : cases) {
-        uint32_t r = 12345;
-        const ZamStatus sts = radix_choice(c.m, &r);
-        if (c.radix < 0) {
-            EXPECT_EQ(sts, ZAM_STS_SIZE_ERR) << c.m;
-            EXPECT_EQ(r, 12345u) << c.m;
-        } else {
-            EXPECT_EQ(sts, ZAM_STS_OK) << c.m;
-            EXPECT_EQ(r, uint32_t(c.radix)) << c.m;
-        }
-    }
-}
-
-// ---- Second-pass table -------------------------------------------------------
-
-TEST(Dct4Table, QuadruplesPairFrontAndMirroredBack)
-{
-    for (uint32_t r = 1; r <= 32; r *= 2) {
-        std::vector<int> used(2 * r, 0);
-        for (uint32_t p = 0; p < r; ++p) {
-            const uint32_t slot = table_slot(r, p);
-            ASSERT_EQ(slot % 2, 0u);
-            ++used[slot];
-            if (r >= 2) {
-                EXPECT_EQ(table_slot(r, r - 1 - p), slot % 4 == 0 ? slot + 2 : slot - 2) << r << " " << p;
-            }
-        }
-        for (uint32_t s = 0; s < 2 * r; s += 2) EXPECT_EQ(used[s], 1) << r << " " << s;
-    }
-    // Radix 32: slots 32b + o + 4j hold columns 2b + o + 32j, +1, 62 - 2b - o - 32j, +1.
-    for (uint32_t b = 0; b < 2; ++b)
-        for (uint32_t o = 0; o < 32; o += 8)
-            for (uint32_t j = 0; j < 2; ++j) {
-                EXPECT_EQ(table_slot(32, (2 * b + o + 32 * j) / 2), 32 * b + o + 4 * j);
-                EXPECT_EQ(table_slot(32, (62 - 2 * b - o - 32 * j) / 2), 32 * b + o + 4 * j + 2);
-            }
-    EXPECT_EQ(table_slot(4, 0), 0u);  // radix 4: pairs 0, 3, 1, 2
-    EXPECT_EQ(table_slot(4, 3), 2u);
-    EXPECT_EQ(table_slot(4, 1), 4u);
-    EXPECT_EQ(table_slot(4, 2), 6u);
-}
-
 TYPED_TEST(Dct4, TableHoldsTheRoundedAngles)
 {
     using T = TypeParam;
