@@ -3,6 +3,8 @@
 #include <charconv>
 #include <cmath>
 #include <sstream>
+#include <stdexcept>
+#include <algorithm>
 #include <unordered_map>
 
 namespace zg {
@@ -58,12 +60,12 @@ std::string times(const char* sign, int k, const char* stride) {
 
 class Printer {
 public:
-    explicit Printer(const Program& p) : p_(p), single_(p.scalar == Type::F32) {}
+    Printer(const Program& p, bool lanes) : p_(p), single_(p.scalar == Type::F32), lanes_(lanes) {}
 
     std::string run() {
         const Signature& sig = p_.sig;
         if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
-        out_ << head(sig) << "\n{\n";
+        out_ << (lanes_ ? lanes_head(sig) : head(sig)) << "\n{\n";
         if (sig.form == Form::Codelet || sig.form == Form::BufferedCodelet) {
             const double inv_n = 1.0 / static_cast<double>(sig.n);
             const double inv_sqrt_n = 1.0 / std::sqrt(static_cast<double>(sig.n));
@@ -74,6 +76,7 @@ public:
             if (sig.form == Form::BufferedCodelet) out_ << "    (void)buffer;  // no work area at this size\n";
         }
         out_ << prologue(sig.form);
+        if (lanes_) lanes_prologue();
         for (const Instr& in : p_.code) statement(in);
         if (sig.form == Form::Codelet || sig.form == Form::BufferedCodelet) out_ << "    return ZAM_STS_OK;\n";
         out_ << "}\n";
@@ -130,14 +133,14 @@ private:
 
     std::string name(Operand o) const {
         std::string s;
-        if (o.value == 0) s = single_ ? "0.0f" : "0.0";
+        if (o.value == 0) s = lanes_ ? "V::zero()" : single_ ? "0.0f" : "0.0";
         else s = names_.at(o.value);
         return o.neg ? "-" + s : s;
     }
 
     void define(const Instr& in, const std::string& nm, const std::string& expr) {
         names_[in.result] = nm;
-        out_ << "    const " << c_type(in.type) << ' ' << nm << " = " << expr << ";\n";
+        out_ << "    const " << (lanes_ ? "V" : c_type(in.type)) << ' ' << nm << " = " << expr << ";\n";
     }
 
     void statement(const Instr& in) {
@@ -147,18 +150,22 @@ private:
             const std::string nm = p_.sig.complex_elements
                                        ? "x" + std::to_string(in.slot / 2) + (in.slot % 2 ? "i" : "r")
                                        : "x" + std::to_string(in.slot);
-            define(in, nm, loaded(in.slot));
+            define(in, nm, lanes_ ? lane_loaded(in.slot) : loaded(in.slot));
             break;
         }
         case Opcode::Add: define(in, t, name(in.a) + " + " + name(in.b)); break;
         case Opcode::Sub: define(in, t, name(in.a) + " - " + name(in.b)); break;
         case Opcode::MulConst:
-            if (in.type == Type::F32) define(in, t, name(in.a) + " * " + float_literal(static_cast<float>(in.constant)));
-            else define(in, t, double_literal(in.constant) + " * " + name(in.a));
+            if (in.type == Type::F32) define(in, t, name(in.a) + " * " + wrap(float_literal(static_cast<float>(in.constant))));
+            else define(in, t, wrap(double_literal(in.constant)) + " * " + name(in.a));
             break;
         case Opcode::Mul: define(in, t, name(in.a) + " * " + name(in.b)); break;
         case Opcode::Round: define(in, t, "static_cast<float>(" + name(in.a) + ")"); break;
         case Opcode::Store: {
+            if (lanes_) {
+                lane_store(in);
+                break;
+            }
             const Place at = place(false, in.slot);
             out_ << "    zam::store<" << c_type(p_.scalar) << ">(" << at.base << ", " << at.index << ", " << stored(in)
                  << ");\n";
@@ -184,8 +191,61 @@ private:
 
     bool blocks() const { return p_.sig.form == Form::Block || p_.sig.form == Form::ScaledBlock; }
 
+    // ---- Lanes: the same instructions on vectors, lane l for the group l
+    // places after the one the scalar kernel is given (see lanes_head).
+
+    std::string wrap(const std::string& literal) const { return lanes_ ? "V(" + literal + ")" : literal; }
+
+    static std::string at(const Place& p) {
+        if (p.index == "0") return p.base;
+        return p.index[0] == '-' ? p.base + " - " + p.index.substr(1) : p.base + " + " + p.index;
+    }
+
+    // A first-pass kernel reads the source forwards for lane l at off + l and
+    // mirrored at L - off - l; a second-pass kernel reads its group's values
+    // and table values from rows (see lanes_prologue).
+    std::string lane_loaded(int slot) const {
+        const int n = p_.sig.n;
+        if (p_.sig.form == Form::Dct4Second)
+            return slot < 2 * n ? "in[" + std::to_string(slot) + "]" : "w[" + std::to_string(slot - 2 * n) + "]";
+        const Place pl = place(true, slot);
+        return (pl.base == "xb" ? "V::load_rev(" : "V::load(") + at(pl) + ")";
+    }
+
+    // Front results of lane l go l places up, mirrored (back) ones l down.
+    void lane_store(const Instr& in) {
+        if (in.mode != Store::Unscaled) throw std::runtime_error("lanes: only unscaled stores");
+        const Place pl = place(false, in.slot);
+        const bool back = pl.base == "yb";
+        out_ << "    V::" << (back ? "store_rev(" : "store(") << at(pl) << ", " << name(in.a) << ");\n";
+    }
+
+    void lanes_prologue() {
+        if (p_.sig.form != Form::Dct4Second) return;
+        const int n = p_.sig.n;
+        int tw = 0;
+        for (const Instr& in : p_.code)
+            if (in.op == Opcode::Load && in.slot >= 2 * n) tw = std::max(tw, in.slot - 2 * n + 1);
+        out_ << "    V in[" << 2 * n << "], w[" << tw << "];\n    V::rows(v, vrow, " << 2 * n
+             << ", in);\n    V::rows(tw, trow, " << tw << ", w);\n";
+    }
+
+    static std::string lanes_head(const Signature& sig) {
+        const std::string& t = sig.element;
+        switch (sig.form) {
+        case Form::Dct4First:
+            return "template <class V>\nvoid " + sig.function + "(const " + t + "* x, uint32_t off, uint32_t s, uint32_t L, " +
+                   t + "* out, uint32_t t) noexcept";
+        case Form::Dct4Second:
+            return "template <class V>\nvoid " + sig.function + "(const " + t + "* v, ptrdiff_t vrow, const " + t +
+                   "* tw, ptrdiff_t trow, " + t + "* y, uint32_t g, uint32_t S, uint32_t L) noexcept";
+        default: throw std::runtime_error("lanes: no lane form for " + sig.function);
+        }
+    }
+
     const Program& p_;
     const bool single_;
+    const bool lanes_;
     std::ostringstream out_;
     std::unordered_map<int32_t, std::string> names_;
 };
@@ -204,7 +264,9 @@ std::string float_literal(float v) {
     return finish_literal(std::string(buf, r.ptr)) + "f";
 }
 
-std::string print_cpp(const Program& prog) { return Printer(prog).run(); }
+std::string print_cpp(const Program& prog) { return Printer(prog, false).run(); }
+
+std::string print_lanes(const Program& prog) { return Printer(prog, true).run(); }
 
 std::string declare_cpp(const Signature& sig) { return head(sig) + ";\n"; }
 

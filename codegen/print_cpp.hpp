@@ -9,6 +9,13 @@
 namespace zg {
 
 std::string print_cpp(const Program& prog);
+// The same instructions on vectors of lanes, as a template over the vector
+// type V (see src/simd/lanes.hpp): lane l computes exactly what the scalar
+// function computes for the group l places on.  For the DCT-IV's first-pass
+// (Form::Dct4First) and second-pass (Form::Dct4Second) kernels; the second
+// pass reads lane l's group values at v + l vrow and its table values at
+// tw + l trow.
+std::string print_lanes(const Program& prog);
 // The declaration of a block (Form::Block or ScaledBlock), for a header.
 std::string declare_cpp(const Signature& sig);
 

@@ -10,6 +10,7 @@
 // passes compute the pieces of the two-pass scheme described in plan.hpp.
 #pragma once
 
+#include "dct4/paths.hpp"
 #include "dct4/plan.hpp"
 #include "dct4_kernels.hpp"
 
@@ -73,16 +74,20 @@ template <class T>
 using RadixKernel = void (*)(const T* v, const T* tw, T* front, T* back, ptrdiff_t step, ptrdiff_t t);
 
 // ---- Drivers ----------------------------------------------------------------------
-template <class T> ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T* out);
-template <class T> ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y);
+// On the given instruction set (dct4/paths.hpp); every path gives the same bits.
+template <class T>
+ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T* out, Path path = Path::Scalar);
+template <class T>
+ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y, Path path = Path::Scalar);
 // The whole transform for a specification; ZAM_STS_CONTEXT_ERR for a kind
-// outside 1..6.  Pointers are checked by the caller.
-template <class T> ZamStatus transform(const T* x, T* y, const Spec<T>* spec);
+// outside 1..6.  Pointers are checked by the caller.  Runs on the best path
+// of this processor unless told which.
+template <class T> ZamStatus transform(const T* x, T* y, const Spec<T>* spec, Path path = best_path());
 
 // Both passes for a leaf sub-length m and a radix r (N = m r) with the given
 // table of N values and a scratch of N values: the kind-6 transform without
 // a specification, for every pairing of the first- and second-pass kernels.
 template <class T>
-void two_pass(uint32_t m, uint32_t r, const T* x, T* scratch, const T* table, T* y);
+void two_pass(uint32_t m, uint32_t r, const T* x, T* scratch, const T* table, T* y, Path path = Path::Scalar);
 
 } // namespace zam::dct4

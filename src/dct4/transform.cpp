@@ -4,6 +4,7 @@
 // The caller's vectors need not be aligned to their element type: they are
 // read and written through load and store (frame/access.hpp).
 #include "dct4/kernels.hpp"
+#include "dct4/pass_kernels.hpp"
 #include "frame/access.hpp"
 
 #include <cstring>
@@ -65,94 +66,29 @@ void direct8(const T* x, T* y)
     store<T>(y, 2, a2 + b2);
 }
 
-// ---- First-pass kernels --------------------------------------------------------
+// ---- Pass kernels (dct4/pass_kernels.hpp) on one group -------------------------
 
-template <class T>
-void first2(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
-{
-    const T a = load<T>(x, off), b = load<T>(x, L - off - s);
-    out[0] = a;
-    out[t] = -b;
-}
+#define ZAM_FIRST(M)                                                                     \
+    template <class T>                                                                   \
+    void first##M(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t) \
+    {                                                                                    \
+        first##M##_on(ScalarFirst<T>{x, off, s, L, out, t, M});                          \
+    }
+ZAM_FIRST(2)
+ZAM_FIRST(4)
+ZAM_FIRST(8)
+#undef ZAM_FIRST
 
-template <class T>
-void first4(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
-{
-    const T h = K<T>::h;
-    const T a = load<T>(x, off), b = load<T>(x, off + s), d = load<T>(x, L - off - 2 * s), e = load<T>(x, L - off - 3 * s);
-    const T sum = h * (b + e), dif = h * (b - e);
-    out[0] = a + sum;
-    out[t] = dif - d;
-    out[2 * t] = a - sum;
-    out[3 * t] = d + dif;
-}
-
-template <class T>
-void first8(const T* x, uint32_t off, uint32_t s, uint32_t L, T* out, uint32_t t)
-{
-    const T h = K<T>::h, c = K<T>::c8, n = K<T>::s8;
-    const T a0 = load<T>(x, off), a1 = load<T>(x, off + s), a2 = load<T>(x, off + 2 * s), a3 = load<T>(x, off + 3 * s);
-    const T b4 = load<T>(x, L - off - 4 * s), b5 = load<T>(x, L - off - 5 * s), b6 = load<T>(x, L - off - 6 * s), b7 = load<T>(x, L - off - 7 * s);
-    const T p = h * (a2 + b6), q = h * (a2 - b6), u = h * (a3 + b7), w = h * (a3 - b7);
-    const T A = a0 + p, B = a1 + u, D = w - b5, E = a0 - p, F = a1 - u, G = b5 + w;
-    const T r0 = c * B - n * D, i0 = n * B + c * D, r1 = n * F - c * G, i1 = c * F + n * G;
-    const T qm = q - b4, qp = b4 + q;
-    out[0] = A + r0;
-    out[6 * t] = A - r0;
-    out[t] = qm + i0;
-    out[7 * t] = i0 - qm;
-    out[2 * t] = E + r1;
-    out[4 * t] = E - r1;
-    out[3 * t] = qp + i1;
-    out[5 * t] = i1 - qp;
-}
-
-// ---- Second-pass kernels -------------------------------------------------------
-
-template <class T>
-void second1(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
-{
-    const T a = v[0], b = v[1], u = tw[0], w = tw[1];
-    store<T>(y, g, u * a - w * b);
-    store<T>(y, L - S - g, w * a + u * b);
-}
-
-template <class T>
-void second2(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
-{
-    const T h = K<T>::h;
-    const T pr = v[0] * tw[0] - v[2] * tw[1], pi = v[0] * tw[1] + v[2] * tw[0];
-    const T qr = v[1] * tw[2] - v[3] * tw[3], qi = v[1] * tw[3] + v[3] * tw[2];
-    const T a = h * (pr - qr), b = h * (pi + qi);
-    store<T>(y, g, pr + qr);
-    store<T>(y, g + S, a - b);
-    store<T>(y, L - g - 2 * S, pi - qi);
-    store<T>(y, L - g - 3 * S, a + b);
-}
-
-template <class T>
-void second4(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)
-{
-    const T h = K<T>::h, c = K<T>::c8, n = K<T>::s8;
-    // Values 0, 3, 1, 2 take the group's four table pairs in that order.
-    const T r0 = v[0] * tw[0] - v[4] * tw[1], i0 = v[0] * tw[1] + v[4] * tw[0];
-    const T r3 = v[3] * tw[2] - v[7] * tw[3], i3 = v[3] * tw[3] + v[7] * tw[2];
-    const T r1 = v[1] * tw[4] - v[5] * tw[5], i1 = v[1] * tw[5] + v[5] * tw[4];
-    const T r2 = v[2] * tw[6] - v[6] * tw[7], i2 = v[2] * tw[7] + v[6] * tw[6];
-    const T X = c * (r0 - r3) - n * (i0 + i3), Y = n * (r0 - r3) + c * (i0 + i3);
-    const T Z = n * (r1 - r2) - c * (i1 + i2), W = c * (r1 - r2) + n * (i1 + i2);
-    const T ra = r0 + r3, rb = r1 + r2, ia = i0 - i3, ib = i1 - i2;
-    const T e = h * (ra - rb), f = h * (ia + ib);
-    const T xz = h * (X - Z), yw = h * (Y + W);
-    store<T>(y, g, ra + rb);
-    store<T>(y, g + 2 * S, e - f);
-    store<T>(y, L - g - 6 * S, e + f);
-    store<T>(y, L - g - 4 * S, ia - ib);
-    store<T>(y, g + S, X + Z);
-    store<T>(y, g + 3 * S, xz - yw);
-    store<T>(y, L - g - 7 * S, xz + yw);
-    store<T>(y, L - g - 5 * S, Y - W);
-}
+#define ZAM_SECOND(R)                                                                          \
+    template <class T>                                                                         \
+    void second##R(const T* v, const T* tw, T* y, uint32_t g, uint32_t S, uint32_t L)         \
+    {                                                                                          \
+        second##R##_on(ScalarSecond<T>{v, tw, y, g, S, L, R});                                 \
+    }
+ZAM_SECOND(1)
+ZAM_SECOND(2)
+ZAM_SECOND(4)
+#undef ZAM_SECOND
 
 // ---- Drivers ----------------------------------------------------------------------
 
@@ -210,12 +146,12 @@ RadixKernel<T> radix_kernel(uint32_t kind, bool odd)
 // 2(2 l1) t on in steps of 2M't; the others at g = M-1-2l, conjugated, from
 // 2(M-1-2 l1) t backwards.
 template <class T>
-ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out, uint32_t t)
+ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out, uint32_t t, Path path)
 {
     const auto* ip = as_ptr<const InputPass<T>>(list_item(st->first, 0));
     const auto* rp = as_ptr<const RadixPass<T>>(list_item(st->second, 0));
     if (ip == nullptr || rp == nullptr || rp->kind < 1 || rp->kind > 5) return ZAM_STS_CONTEXT_ERR;
-    const ZamStatus sts = run_first_pass(ip, x, base, st->scratch);
+    const ZamStatus sts = run_first_pass(ip, x, base, st->scratch, path);
     if (sts != ZAM_STS_OK) return sts;
     const RadixKernel<T> even = radix_kernel<T>(rp->kind, false), odd = radix_kernel<T>(rp->kind, true);
     const uint32_t r = rp->radix, per_group = 2 * (r - 1), m = rp->length, m_sub = rp->sub_length;
@@ -228,21 +164,54 @@ ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out,
     return ZAM_STS_OK;
 }
 
+// The groups that fill whole vectors on a vector path, then the others on
+// scalars.  Vector lanes take neighbouring groups, which start at
+// neighbouring elements when the pass's group step is 1.
+template <class T>
+uint32_t first_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32_t base, T* out)
+{
+    if (pass->group_step != 1) return 0;
+    const uint32_t k = pass->kind, n = pass->count, s = pass->in_stride, L = pass->mirror, t = pass->out_stride;
+    switch (path) {
+#if defined(ZAMGEN_VECTOR_PATHS)
+    case Path::Sse2: return sse2::first_groups(k, x, base, n, s, L, out, t);
+    case Path::Avx2: return avx2::first_groups(k, x, base, n, s, L, out, t);
+#endif
+    default: return 0;
+    }
+}
+
+template <class T>
+uint32_t second_groups_on(Path path, const OutputPass<T>* pass, const T* v, const T* table, T* y, uint32_t g0,
+                          uint32_t count, uint32_t S, uint32_t L)
+{
+    const uint32_t k = pass->kind, r = pass->radix;
+    const ptrdiff_t vrow = pass->in_stride, trow = 2 * ptrdiff_t(r);
+    switch (path) {
+#if defined(ZAMGEN_VECTOR_PATHS)
+    case Path::Sse2: return sse2::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
+    case Path::Avx2: return avx2::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
+#endif
+    default: return 0;
+    }
+}
+
 } // namespace
 
 template <class T>
-ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T* out)
+ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T* out, Path path)
 {
     if (pass->kind == kNestedKind) {
         for (uint32_t j = 0; j < pass->count; ++j) {
-            const ZamStatus sts = run_stage(pass->stage, x, base + j * pass->group_step, out + j, pass->out_stride);
+            const ZamStatus sts =
+                run_stage(pass->stage, x, base + j * pass->group_step, out + j, pass->out_stride, path);
             if (sts != ZAM_STS_OK) return sts;
         }
         return ZAM_STS_OK;
     }
     const FirstKernel<T> kernel = first_kernel<T>(pass->kind);
     if (kernel == nullptr) return ZAM_STS_CONTEXT_ERR;
-    for (uint32_t j = 0; j < pass->count; ++j)
+    for (uint32_t j = first_groups_on(path, pass, x, base, out); j < pass->count; ++j)
         kernel(x, base + j * pass->group_step, pass->in_stride, pass->mirror, out + j, pass->out_stride);
     return ZAM_STS_OK;
 }
@@ -258,22 +227,24 @@ inline constexpr uint64_t kDirectBytes = 16384;
 inline constexpr uint32_t kLineBytes = 64;
 
 template <class T>
-ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y)
+ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y, Path path)
 {
     const SecondKernel<T> kernel = second_kernel<T>(pass->kind);
     if (kernel == nullptr) return ZAM_STS_CONTEXT_ERR;
     const uint32_t r = pass->radix, width = 2 * r, S = pass->out_step, L = pass->mirror;
     constexpr uint32_t B = kLineBytes / sizeof(T);
     if (uint64_t(pass->length) * sizeof(T) <= kDirectBytes || pass->groups % B != 0) {
-        for (uint32_t g = 0; g < pass->groups; ++g)
+        for (uint32_t g = second_groups_on(path, pass, scratch, pass->table, y, 0, pass->groups, S, L);
+             g < pass->groups; ++g)
             kernel(scratch + uint64_t(pass->in_stride) * g, pass->table + uint64_t(width) * g, y, g, S, L);
         return ZAM_STS_OK;
     }
     alignas(kLineBytes) T block[2 * 32 * B];
     for (uint32_t g0 = 0; g0 < pass->groups; g0 += B) {
-        for (uint32_t b = 0; b < B; ++b)
-            kernel(scratch + uint64_t(pass->in_stride) * (g0 + b), pass->table + uint64_t(width) * (g0 + b), block, b,
-                   B, 3 * r * B - 1);
+        const T* v = scratch + uint64_t(pass->in_stride) * g0;
+        const T* table = pass->table + uint64_t(width) * g0;
+        for (uint32_t b = second_groups_on(path, pass, v, table, block, 0, B, B, 3 * r * B - 1); b < B; ++b)
+            kernel(v + uint64_t(pass->in_stride) * b, table + uint64_t(width) * b, block, b, B, 3 * r * B - 1);
         for (uint32_t j = 0; j < r; ++j) {
             std::memcpy(y + g0 + uint64_t(j) * S, block + j * B, sizeof(T) * B);
             std::memcpy(y + (L - g0 - uint64_t(r + j) * S - (B - 1)), block + (2 * r - 1 - j) * B, sizeof(T) * B);
@@ -283,7 +254,7 @@ ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y)
 }
 
 template <class T>
-ZamStatus transform(const T* x, T* y, const Spec<T>* spec)
+ZamStatus transform(const T* x, T* y, const Spec<T>* spec, Path path)
 {
     switch (spec->kind) {
     case 1: direct2(x, y); return ZAM_STS_OK;
@@ -297,8 +268,8 @@ ZamStatus transform(const T* x, T* y, const Spec<T>* spec)
         // be the same vector.  A pass's own refusal is not reported.
         const auto* ip = as_ptr<const InputPass<T>>(list_item(spec->first, 0));
         const auto* op = as_ptr<const OutputPass<T>>(list_item(spec->second, 0));
-        if (ip != nullptr && op != nullptr && run_first_pass(ip, x, 0, spec->scratch) == ZAM_STS_OK)
-            run_second_pass(op, spec->scratch, y);
+        if (ip != nullptr && op != nullptr && run_first_pass(ip, x, 0, spec->scratch, path) == ZAM_STS_OK)
+            run_second_pass(op, spec->scratch, y, path);
         return ZAM_STS_OK;
     }
     default: return ZAM_STS_CONTEXT_ERR;
@@ -306,7 +277,7 @@ ZamStatus transform(const T* x, T* y, const Spec<T>* spec)
 }
 
 template <class T>
-void two_pass(uint32_t m, uint32_t r, const T* x, T* scratch, const T* table, T* y)
+void two_pass(uint32_t m, uint32_t r, const T* x, T* scratch, const T* table, T* y, Path path)
 {
     const uint32_t n = m * r;
     InputPass<T> ip{};
@@ -328,18 +299,18 @@ void two_pass(uint32_t m, uint32_t r, const T* x, T* scratch, const T* table, T*
     op.mirror = 2 * n - 1;
     op.length = n;
     op.table = const_cast<T*>(table);
-    run_first_pass(&ip, x, 0, scratch);
-    run_second_pass(&op, scratch, y);
+    run_first_pass(&ip, x, 0, scratch, path);
+    run_second_pass(&op, scratch, y, path);
 }
 
 #define ZAM_DCT4_INSTANTIATE(T)                                                            \
     template void direct2<T>(const T*, T*);                                                \
     template void direct4<T>(const T*, T*);                                                \
     template void direct8<T>(const T*, T*);                                                \
-    template ZamStatus run_first_pass<T>(const InputPass<T>*, const T*, uint32_t, T*);    \
-    template ZamStatus run_second_pass<T>(const OutputPass<T>*, const T*, T*);            \
-    template ZamStatus transform<T>(const T*, T*, const Spec<T>*);                         \
-    template void two_pass<T>(uint32_t, uint32_t, const T*, T*, const T*, T*);
+    template ZamStatus run_first_pass<T>(const InputPass<T>*, const T*, uint32_t, T*, Path);    \
+    template ZamStatus run_second_pass<T>(const OutputPass<T>*, const T*, T*, Path);            \
+    template ZamStatus transform<T>(const T*, T*, const Spec<T>*, Path);                         \
+    template void two_pass<T>(uint32_t, uint32_t, const T*, T*, const T*, T*, Path);
 ZAM_DCT4_INSTANTIATE(float)
 ZAM_DCT4_INSTANTIATE(double)
 #undef ZAM_DCT4_INSTANTIATE
