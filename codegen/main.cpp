@@ -151,7 +151,7 @@ int main(int argc, char** argv) {
     for (const zg::Dct4Block& b : zg::dct4_blocks()) {
         const zg::CodeletGraph c = zg::dct4_graph(planner, b);
         dct4.add(c, b.name, false, b.n, b.form());
-        if (b.form() != zg::Form::Dct4First && b.form() != zg::Form::Dct4Second) continue;
+        if (b.form() == zg::Form::Dct4Direct) continue;
         for (zg::Precision p : {zg::Precision::Single, zg::Precision::Double}) {
             const bool single = p == zg::Precision::Single;
             const zg::Signature sig{b.name, single ? "float" : "double", false, zam::ScaleRule::Symmetric, b.n, b.form()};

@@ -203,11 +203,16 @@ private:
 
     // A first-pass kernel reads the source forwards for lane l at off + l and
     // mirrored at L - off - l; a second-pass kernel reads its group's values
-    // and table values from rows (see lanes_prologue).
+    // and table values from rows (see lanes_prologue).  A radix kernel runs
+    // the same group of V::n stages at once: their values are interleaved
+    // (value k of lane l at v[k V::n + l]), their twiddles are the same.
     std::string lane_loaded(int slot) const {
         const int n = p_.sig.n;
         if (p_.sig.form == Form::Dct4Second)
             return slot < 2 * n ? "in[" + std::to_string(slot) + "]" : "w[" + std::to_string(slot - 2 * n) + "]";
+        if (p_.sig.form == Form::Dct4Radix)
+            return slot < 2 * n ? "V::load(v + " + std::to_string(slot) + " * V::n)"
+                                : "V(tw[" + std::to_string(slot - 2 * n) + "])";
         const Place pl = place(true, slot);
         return (pl.base == "xb" ? "V::load_rev(" : "V::load(") + at(pl) + ")";
     }
@@ -239,6 +244,9 @@ private:
         case Form::Dct4Second:
             return "template <class V>\nvoid " + sig.function + "(const " + t + "* v, ptrdiff_t vrow, const " + t +
                    "* tw, ptrdiff_t trow, " + t + "* y, uint32_t g, uint32_t S, uint32_t L) noexcept";
+        case Form::Dct4Radix:
+            return "template <class V>\nvoid " + sig.function + "(const " + t + "* v, const " + t + "* tw, " + t +
+                   "* front, " + t + "* back, ptrdiff_t step, ptrdiff_t t) noexcept";
         default: throw std::runtime_error("lanes: no lane form for " + sig.function);
         }
     }

@@ -14,7 +14,9 @@ std::string print_cpp(const Program& prog);
 // function computes for the group l places on.  For the DCT-IV's first-pass
 // (Form::Dct4First) and second-pass (Form::Dct4Second) kernels; the second
 // pass reads lane l's group values at v + l vrow and its table values at
-// tw + l trow.
+// tw + l trow.  For the nested radix kernels (Form::Dct4Radix) lane l is one
+// of V::n stages run side by side: value k of lane l at v[k V::n + l], the
+// twiddles shared, results of lane l at front + l and back + l.
 std::string print_lanes(const Program& prog);
 // The declaration of a block (Form::Block or ScaledBlock), for a header.
 std::string declare_cpp(const Signature& sig);

@@ -48,22 +48,75 @@ struct LaneSecond {
     }
 };
 
-// Groups j0, j0 + V::n, ... while a whole vector fits; returns the next j.
+// One vector of first-pass groups: lane l at off + l, results to o + l.
+template <class V, class T>
+void first_call(uint32_t kind, const T* x, uint32_t off, uint32_t s, uint32_t L, T* o, uint32_t t)
+{
+    switch (kind) {
+    case 1: first2_on(LaneFirst<V>{x, off, s, L, o, t, 2}); break;
+    case 2: first4_on(LaneFirst<V>{x, off, s, L, o, t, 4}); break;
+    case 3: first8_on(LaneFirst<V>{x, off, s, L, o, t, 8}); break;
+    case 4: lanes::first16<V>(x, off, s, L, o, t); break;
+    case 5: lanes::first32<V>(x, off, s, L, o, t); break;
+    case 6: lanes::first64<V>(x, off, s, L, o, t); break;
+    default: break;
+    }
+}
+
+// Groups j, j + V::n, ... while a whole vector fits; returns the next j.
 template <class V, class T>
 uint32_t first_on(uint32_t kind, const T* x, uint32_t off0, uint32_t j, uint32_t count, uint32_t s, uint32_t L, T* out,
                   uint32_t t)
 {
-    auto each = [&](auto kernel) {
-        for (; j + V::n <= count; j += V::n) kernel(off0 + j, out + j);
-    };
-    switch (kind) {
-    case 1: each([&](uint32_t off, T* o) { first2_on(LaneFirst<V>{x, off, s, L, o, t, 2}); }); break;
-    case 2: each([&](uint32_t off, T* o) { first4_on(LaneFirst<V>{x, off, s, L, o, t, 4}); }); break;
-    case 3: each([&](uint32_t off, T* o) { first8_on(LaneFirst<V>{x, off, s, L, o, t, 8}); }); break;
-    case 4: each([&](uint32_t off, T* o) { lanes::first16<V>(x, off, s, L, o, t); }); break;
-    case 5: each([&](uint32_t off, T* o) { lanes::first32<V>(x, off, s, L, o, t); }); break;
-    case 6: each([&](uint32_t off, T* o) { lanes::first64<V>(x, off, s, L, o, t); }); break;
+    for (; j + V::n <= count; j += V::n) first_call<V>(kind, x, off0 + j, s, L, out + j, t);
+    return j;
+}
+
+// One vector of nested stages' radix kernels (kind 1..5 for r' = 2..32).
+template <class V, class T>
+void radix_call(uint32_t kind, bool odd, const T* v, const T* tw, T* front, T* back, ptrdiff_t step, ptrdiff_t t)
+{
+    switch (2 * kind + odd) {
+    case 2: lanes::radix_even2<V>(v, tw, front, back, step, t); break;
+    case 3: lanes::radix_odd2<V>(v, tw, front, back, step, t); break;
+    case 4: lanes::radix_even4<V>(v, tw, front, back, step, t); break;
+    case 5: lanes::radix_odd4<V>(v, tw, front, back, step, t); break;
+    case 6: lanes::radix_even8<V>(v, tw, front, back, step, t); break;
+    case 7: lanes::radix_odd8<V>(v, tw, front, back, step, t); break;
+    case 8: lanes::radix_even16<V>(v, tw, front, back, step, t); break;
+    case 9: lanes::radix_odd16<V>(v, tw, front, back, step, t); break;
+    case 10: lanes::radix_even32<V>(v, tw, front, back, step, t); break;
+    case 11: lanes::radix_odd32<V>(v, tw, front, back, step, t); break;
     default: break;
+    }
+}
+
+// The nested stages of owner groups j, j + V::n, ... side by side, lane l
+// for owner group j + l (its source from base + j + l, its results to
+// out + j + l): the stages' scratch values interleaved on the stack, value
+// k of lane l at scratch[k V::n + l], so every access is a whole vector.
+// Stages with nested stages of their own, or too long for the stack, are
+// left to the scalar code.
+template <class V, class T>
+uint32_t stage_on(const StageArgs<T>& a, const T* x, uint32_t base, uint32_t j, uint32_t count, T* out, uint32_t t)
+{
+    constexpr uint32_t n = V::n;
+    if (a.first_kind < 1 || a.first_kind > 6 || a.radix_kind < 1 || a.radix_kind > 5 ||
+        uint64_t(a.length) * n * sizeof(T) > kLaneScratchBytes)
+        return j;
+    alignas(64) T scratch[kLaneScratchBytes / sizeof(T)];
+    const uint32_t per_group = 2 * (a.radix - 1);
+    const ptrdiff_t step = 2 * ptrdiff_t(a.sub_length) * t;
+    for (; j + n <= count; j += n) {
+        for (uint32_t i = 0; i < a.first_count; ++i)
+            first_call<V>(a.first_kind, x, base + j + i * a.first_step, a.first_stride, a.first_mirror, scratch + i * n,
+                          a.first_out * n);
+        for (uint32_t g = 0; g < a.groups; ++g) {
+            const uint32_t low = (g % 2 == 0 ? g : a.sub_length - 1 - g) & ~1u;  // 2 l1, as the scalar driver
+            radix_call<V>(a.radix_kind, g % 2 != 0, scratch + uint64_t(2 * a.radix) * g * n,
+                          a.twiddles + uint64_t(per_group) * g, out + j + ptrdiff_t(2 * low) * t,
+                          out + j + ptrdiff_t(2 * (a.length - 1 - low)) * t, step, t);
+        }
     }
     return j;
 }
@@ -108,6 +161,16 @@ uint32_t first_groups(uint32_t kind, const T* x, uint32_t off0, uint32_t count, 
     using N = typename Narrow<T>::type;
     uint32_t j = first_on<W>(kind, x, off0, 0, count, s, L, out, t);
     if constexpr (N::n < W::n) j = first_on<N>(kind, x, off0, j, count, s, L, out, t);
+    return j;
+}
+
+template <class T>
+uint32_t stage_groups(const StageArgs<T>& a, const T* x, uint32_t base, uint32_t count, T* out, uint32_t t)
+{
+    using W = typename Wide<T>::type;
+    using N = typename Narrow<T>::type;
+    uint32_t j = stage_on<W>(a, x, base, 0, count, out, t);
+    if constexpr (N::n < W::n) j = stage_on<N>(a, x, base, j, count, out, t);
     return j;
 }
 

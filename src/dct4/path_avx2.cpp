@@ -15,5 +15,7 @@ template uint32_t second_groups<float>(uint32_t, uint32_t, const float*, ptrdiff
                                        uint32_t, uint32_t, uint32_t, uint32_t);
 template uint32_t second_groups<double>(uint32_t, uint32_t, const double*, ptrdiff_t, const double*, ptrdiff_t,
                                         double*, uint32_t, uint32_t, uint32_t, uint32_t);
+template uint32_t stage_groups<float>(const StageArgs<float>&, const float*, uint32_t, uint32_t, float*, uint32_t);
+template uint32_t stage_groups<double>(const StageArgs<double>&, const double*, uint32_t, uint32_t, double*, uint32_t);
 
 } // namespace zam::dct4::avx2

@@ -181,6 +181,27 @@ uint32_t first_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32
     }
 }
 
+// Nested stages side by side, one per lane, where the owner's groups start
+// at neighbouring elements.
+template <class T>
+uint32_t stage_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32_t base, T* out)
+{
+    if (pass->group_step != 1 || path == Path::Scalar) return 0;
+    const NestedStage<T>* st = pass->stage;
+    const auto* ip = as_ptr<const InputPass<T>>(list_item(st->first, 0));
+    const auto* rp = as_ptr<const RadixPass<T>>(list_item(st->second, 0));
+    if (ip == nullptr || rp == nullptr) return 0;
+    const StageArgs<T> a{ip->kind,     ip->count,   ip->group_step, ip->in_stride, ip->out_stride, ip->mirror,
+                         rp->twiddles, rp->kind,    rp->radix,      rp->groups,    rp->length,     rp->sub_length};
+    switch (path) {
+#if defined(ZAMGEN_VECTOR_PATHS)
+    case Path::Sse2: return sse2::stage_groups(a, x, base, pass->count, out, pass->out_stride);
+    case Path::Avx2: return avx2::stage_groups(a, x, base, pass->count, out, pass->out_stride);
+#endif
+    default: return 0;
+    }
+}
+
 template <class T>
 uint32_t second_groups_on(Path path, const OutputPass<T>* pass, const T* v, const T* table, T* y, uint32_t g0,
                           uint32_t count, uint32_t S, uint32_t L)
@@ -202,7 +223,7 @@ template <class T>
 ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T* out, Path path)
 {
     if (pass->kind == kNestedKind) {
-        for (uint32_t j = 0; j < pass->count; ++j) {
+        for (uint32_t j = stage_groups_on(path, pass, x, base, out); j < pass->count; ++j) {
             const ZamStatus sts =
                 run_stage(pass->stage, x, base + j * pass->group_step, out + j, pass->out_stride, path);
             if (sts != ZAM_STS_OK) return sts;
