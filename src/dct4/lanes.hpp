@@ -19,15 +19,15 @@ namespace zam::dct4::ZAM_PATH {
 using zam::ZAM_PATH::Narrow;
 using zam::ZAM_PATH::Wide;
 
-template <class V_>
+template <class V_, uint32_t M>
 struct LaneFirst {
     using V = V_;
     using T = typename V::T;
     const T* x;
     uint32_t off, s, L;
     T* o;
-    uint32_t t, m;
-    V in(uint32_t k) const { return k < m / 2 ? V::load(x + (off + k * s)) : V::load_rev(x + (L - off - k * s)); }
+    uint32_t t;
+    V in(uint32_t k) const { return k < M / 2 ? V::load(x + (off + k * s)) : V::load_rev(x + (L - off - k * s)); }
     void out(uint32_t k, V v) const { V::store(o + ptrdiff_t(k) * t, v); }
 };
 
@@ -53,9 +53,9 @@ template <class V, class T>
 void first_call(uint32_t kind, const T* x, uint32_t off, uint32_t s, uint32_t L, T* o, uint32_t t)
 {
     switch (kind) {
-    case 1: first2_on(LaneFirst<V>{x, off, s, L, o, t, 2}); break;
-    case 2: first4_on(LaneFirst<V>{x, off, s, L, o, t, 4}); break;
-    case 3: first8_on(LaneFirst<V>{x, off, s, L, o, t, 8}); break;
+    case 1: first2_on(LaneFirst<V, 2>{x, off, s, L, o, t}); break;
+    case 2: first4_on(LaneFirst<V, 4>{x, off, s, L, o, t}); break;
+    case 3: first8_on(LaneFirst<V, 8>{x, off, s, L, o, t}); break;
     case 4: lanes::first16<V>(x, off, s, L, o, t); break;
     case 5: lanes::first32<V>(x, off, s, L, o, t); break;
     case 6: lanes::first64<V>(x, off, s, L, o, t); break;

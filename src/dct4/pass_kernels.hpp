@@ -14,7 +14,7 @@
 namespace zam::dct4 {
 
 template <class IO>
-void first2_on(IO io)
+[[gnu::always_inline]] inline void first2_on(IO io)
 {
     using V = typename IO::V;
     const V a = io.in(0), b = io.in(1);
@@ -23,7 +23,7 @@ void first2_on(IO io)
 }
 
 template <class IO>
-void first4_on(IO io)
+[[gnu::always_inline]] inline void first4_on(IO io)
 {
     using V = typename IO::V;
     const V h(K<typename IO::T>::h);
@@ -36,7 +36,7 @@ void first4_on(IO io)
 }
 
 template <class IO>
-void first8_on(IO io)
+[[gnu::always_inline]] inline void first8_on(IO io)
 {
     using V = typename IO::V;
     using C = K<typename IO::T>;
@@ -58,7 +58,7 @@ void first8_on(IO io)
 }
 
 template <class IO>
-void second1_on(IO io)
+[[gnu::always_inline]] inline void second1_on(IO io)
 {
     using V = typename IO::V;
     const V a = io.in(0), b = io.in(1), u = io.tw(0), w = io.tw(1);
@@ -67,7 +67,7 @@ void second1_on(IO io)
 }
 
 template <class IO>
-void second2_on(IO io)
+[[gnu::always_inline]] inline void second2_on(IO io)
 {
     using V = typename IO::V;
     const V h(K<typename IO::T>::h);
@@ -83,7 +83,7 @@ void second2_on(IO io)
 }
 
 template <class IO>
-void second4_on(IO io)
+[[gnu::always_inline]] inline void second4_on(IO io)
 {
     using V = typename IO::V;
     using C = K<typename IO::T>;
