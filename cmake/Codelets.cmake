@@ -56,7 +56,7 @@ set(ZAMGEN_SURFACE_FILES
   ${ZAMGEN_GEN_DIR}/include/zamgen_functions.h ${ZAMGEN_GEN_DIR}/include/zamgen_table.hpp
   ${ZAMGEN_GEN_DIR}/dispatch_tables.inc
   ${ZAMGEN_GEN_DIR}/registry.inc ${ZAMGEN_EXPORTS} ${ZAMGEN_GEN_DIR}/zamgen.def ${ZAMGEN_GEN_DIR}/zamgen.map
-  ${ZAMGEN_GEN_DIR}/wht_blocks.hpp ${ZAMGEN_GEN_DIR}/dct4_kernels.hpp ${ZAMGEN_GEN_DIR}/dct4_lanes.hpp)
+  ${ZAMGEN_GEN_DIR}/wht_blocks.hpp ${ZAMGEN_GEN_DIR}/dct4_kernels.hpp ${ZAMGEN_GEN_DIR}/dct4_lanes.hpp ${ZAMGEN_GEN_DIR}/wht_lanes.hpp)
 
 # The compiler rewrites a file only when its content changes; the stamp keeps
 # the rule from running again when nothing changed.

@@ -210,6 +210,7 @@ private:
         const int n = p_.sig.n;
         if (p_.sig.form == Form::Dct4Second)
             return slot < 2 * n ? "in[" + std::to_string(slot) + "]" : "w[" + std::to_string(slot - 2 * n) + "]";
+        if (blocks()) return "io.in(" + std::to_string(slot) + ")";
         if (p_.sig.form == Form::Dct4Radix)
             return slot < 2 * n ? "V::load(v + " + std::to_string(slot) + " * V::n)"
                                 : "V(tw[" + std::to_string(slot - 2 * n) + "])";
@@ -219,6 +220,12 @@ private:
 
     // Front results of lane l go l places up, mirrored (back) ones l down.
     void lane_store(const Instr& in) {
+        if (blocks()) {
+            if (in.mode != Store::Unscaled && in.mode != Store::Plain) throw std::runtime_error("lanes: block store");
+            out_ << "    io.out(" << in.slot << ", " << name(in.a) << (in.mode == Store::Plain ? " * io.s" : "")
+                 << ");\n";
+            return;
+        }
         if (in.mode != Store::Unscaled) throw std::runtime_error("lanes: only unscaled stores");
         const Place pl = place(false, in.slot);
         const bool back = pl.base == "yb";
@@ -226,6 +233,7 @@ private:
     }
 
     void lanes_prologue() {
+        if (blocks()) out_ << "    using V = typename IO::V;\n";
         if (p_.sig.form != Form::Dct4Second) return;
         const int n = p_.sig.n;
         int tw = 0;
@@ -244,6 +252,8 @@ private:
         case Form::Dct4Second:
             return "template <class V>\nvoid " + sig.function + "(const " + t + "* v, ptrdiff_t vrow, const " + t +
                    "* tw, ptrdiff_t trow, " + t + "* y, uint32_t g, uint32_t S, uint32_t L) noexcept";
+        case Form::Block:
+        case Form::ScaledBlock: return "template <class IO>\nvoid " + sig.function + "(IO io) noexcept";
         case Form::Dct4Radix:
             return "template <class V>\nvoid " + sig.function + "(const " + t + "* v, const " + t + "* tw, " + t +
                    "* front, " + t + "* back, ptrdiff_t step, ptrdiff_t t) noexcept";

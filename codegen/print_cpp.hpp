@@ -16,7 +16,10 @@ std::string print_cpp(const Program& prog);
 // pass reads lane l's group values at v + l vrow and its table values at
 // tw + l trow.  For the nested radix kernels (Form::Dct4Radix) lane l is one
 // of V::n stages run side by side: value k of lane l at v[k V::n + l], the
-// twiddles shared, results of lane l at front + l and back + l.
+// twiddles shared, results of lane l at front + l and back + l.  A block
+// (Form::Block, ScaledBlock) becomes a template over an accessor IO with
+// io.in(k), io.out(k, v) and the scale io.s: the driver decides where lane l
+// reads and writes.
 std::string print_lanes(const Program& prog);
 // The declaration of a block (Form::Block or ScaledBlock), for a header.
 std::string declare_cpp(const Signature& sig);

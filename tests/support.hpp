@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <map>
 #include <random>
 #include <string>
@@ -96,6 +97,39 @@ private:
 template <class T>
 bool bitwise_equal(const std::vector<T>& a, const std::vector<T>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
+}
+
+// Inputs for comparing a vector path with the scalar path: random values,
+// huge and tiny ones (subnormal results), signed zeros, and values with
+// infinities and NaNs among them.
+template <class T>
+std::vector<std::vector<T>> path_inputs(size_t n, uint64_t seed)
+{
+    Random rng(seed);
+    std::vector<std::vector<T>> in;
+    in.push_back(rng.reals<T>(n));
+    for (T scale : {T(sizeof(T) == 4 ? 1e30 : 1e300), T(sizeof(T) == 4 ? 1e-38 : 1e-307)}) {
+        in.push_back(rng.reals<T>(n));
+        for (T& v : in.back()) v *= scale;
+    }
+    in.emplace_back(n, T(0));
+    for (size_t i = 0; i < n; ++i) in.back()[i] = i % 3 == 0 ? -T(0) : T(0);
+    in.push_back(rng.reals<T>(n));
+    const T special[] = {std::numeric_limits<T>::infinity(), -std::numeric_limits<T>::infinity(),
+                         std::numeric_limits<T>::quiet_NaN()};
+    for (size_t i = 0; i < n; i += 7) in.back()[i] = special[i % 3];
+    return in;
+}
+
+// The same results, a NaN matching any NaN (the sign and payload of a NaN are
+// not part of the results).
+template <class T>
+bool same_results(const std::vector<T>& a, const std::vector<T>& b)
+{
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (std::isnan(a[i]) ? !std::isnan(b[i]) : std::memcmp(&a[i], &b[i], sizeof(T)) != 0) return false;
+    return true;
 }
 
 // One Walsh-Hadamard codelet with its precision's order entry and buffer-size

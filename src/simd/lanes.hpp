@@ -17,6 +17,7 @@
 //   V::store_rev(p, a) p[-l] = lane l
 //   V::rows(p, row, count, out)   out[k] lane l = p[l row + k], k < count
 //                     (a transposition: lane l reads row l)
+//   V::store_rows(p, row, count, in)  p[l row + k] = in[k] lane l
 #ifndef ZAM_PATH
 #error "define ZAM_PATH before including simd/lanes.hpp"
 #endif
@@ -33,13 +34,44 @@ namespace zam::ZAM_PATH {
     inline V operator*(V a, V b) { return V(mul(a.v, b.v)); }                                        \
     inline V operator-(V a) { return V(xor_(a.v, set1(-0.0))); }
 
-// Lanes read row by row where `count` is not a whole number of blocks.
-#define ZAM_LANE_GATHER(V)                                                                           \
+// Rows to lanes and back: whole squares by transposition, the rest by
+// way of memory.
+#define ZAM_LANE_ROWS(V)                                                                           \
     static void gather(const T* p, ptrdiff_t row, int k, V* out)                                   \
     {                                                                                                \
         alignas(64) T t[n];                                                                          \
         for (int l = 0; l < n; ++l) t[l] = p[l * row + k];                                           \
         *out = V(load(t));                                                                           \
+    }                                                                                                \
+    static void scatter(T* p, ptrdiff_t row, int k, V in)                                          \
+    {                                                                                                \
+        alignas(64) T t[n];                                                                          \
+        store(t, in);                                                                                \
+        for (int l = 0; l < n; ++l) p[l * row + k] = t[l];                                           \
+    }                                                                                                \
+    static void store_rows(T* p, ptrdiff_t row, int count, const V* in)                            \
+    {                                                                                                \
+        for (int k = 0; k < count; k += n) {                                                         \
+            if (count - k < n) {                                                                     \
+                for (int j = k; j < count; ++j) scatter(p, row, j, in[j]);                           \
+                break;                                                                               \
+            }                                                                                        \
+            V r[n];                                                                                  \
+            for (int l = 0; l < n; ++l) r[l].v = in[k + l].v;                                        \
+            transpose(r);                                                                            \
+            for (int l = 0; l < n; ++l) store(p + l * row + k, r[l]);                                \
+        }                                                                                            \
+    }                                                                                                \
+    static void rows(const T* p, ptrdiff_t row, int count, V* out)                                 \
+    {                                                                                                \
+        for (int k = 0; k < count; k += n) {                                                         \
+            if (count - k < n) {                                                                     \
+                for (int j = k; j < count; ++j) gather(p, row, j, out + j);                          \
+                break;                                                                               \
+            }                                                                                        \
+            for (int l = 0; l < n; ++l) out[k + l] = load(p + l * row + k);                          \
+            transpose(out + k);                                                                      \
+        }                                                                                            \
     }
 
 struct F32x4 {
@@ -54,17 +86,11 @@ struct F32x4 {
     static F32x4 load_rev(const float* p) { return F32x4(_mm_shuffle_ps(_mm_loadu_ps(p - 3), _mm_loadu_ps(p - 3), 0x1b)); }
     static void store(float* p, F32x4 a) { _mm_storeu_ps(p, a.v); }
     static void store_rev(float* p, F32x4 a) { _mm_storeu_ps(p - 3, _mm_shuffle_ps(a.v, a.v, 0x1b)); }
-    ZAM_LANE_GATHER(F32x4)
-    static void rows(const float* p, ptrdiff_t row, int count, F32x4* out)
+    ZAM_LANE_ROWS(F32x4)
+    // Rows r[0..3] become columns, in place.
+    static void transpose(F32x4* r)
     {
-        int k = 0;
-        for (; k + 4 <= count; k += 4) {
-            __m128 r0 = _mm_loadu_ps(p + k), r1 = _mm_loadu_ps(p + row + k), r2 = _mm_loadu_ps(p + 2 * row + k),
-                   r3 = _mm_loadu_ps(p + 3 * row + k);
-            _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-            out[k] = F32x4(r0), out[k + 1] = F32x4(r1), out[k + 2] = F32x4(r2), out[k + 3] = F32x4(r3);
-        }
-        for (; k < count; ++k) gather(p, row, k, out + k);
+        _MM_TRANSPOSE4_PS(r[0].v, r[1].v, r[2].v, r[3].v);
     }
 };
 ZAM_LANE_OPS(F32x4, _mm_add_ps, _mm_sub_ps, _mm_mul_ps, _mm_xor_ps, _mm_set1_ps)
@@ -81,15 +107,11 @@ struct F64x2 {
     static F64x2 load_rev(const double* p) { return F64x2(_mm_shuffle_pd(_mm_loadu_pd(p - 1), _mm_loadu_pd(p - 1), 1)); }
     static void store(double* p, F64x2 a) { _mm_storeu_pd(p, a.v); }
     static void store_rev(double* p, F64x2 a) { _mm_storeu_pd(p - 1, _mm_shuffle_pd(a.v, a.v, 1)); }
-    ZAM_LANE_GATHER(F64x2)
-    static void rows(const double* p, ptrdiff_t row, int count, F64x2* out)
+    ZAM_LANE_ROWS(F64x2)
+    static void transpose(F64x2* r)
     {
-        int k = 0;
-        for (; k + 2 <= count; k += 2) {
-            const __m128d r0 = _mm_loadu_pd(p + k), r1 = _mm_loadu_pd(p + row + k);
-            out[k] = F64x2(_mm_unpacklo_pd(r0, r1)), out[k + 1] = F64x2(_mm_unpackhi_pd(r0, r1));
-        }
-        for (; k < count; ++k) gather(p, row, k, out + k);
+        const __m128d r0 = r[0].v, r1 = r[1].v;
+        r[0] = F64x2(_mm_unpacklo_pd(r0, r1)), r[1] = F64x2(_mm_unpackhi_pd(r0, r1));
     }
 };
 ZAM_LANE_OPS(F64x2, _mm_add_pd, _mm_sub_pd, _mm_mul_pd, _mm_xor_pd, _mm_set1_pd)
@@ -108,31 +130,25 @@ struct F32x8 {
     static F32x8 load_rev(const float* p) { return F32x8(reverse(_mm256_loadu_ps(p - 7))); }
     static void store(float* p, F32x8 a) { _mm256_storeu_ps(p, a.v); }
     static void store_rev(float* p, F32x8 a) { _mm256_storeu_ps(p - 7, reverse(a.v)); }
-    ZAM_LANE_GATHER(F32x8)
-    static void rows(const float* p, ptrdiff_t row, int count, F32x8* out)
+    ZAM_LANE_ROWS(F32x8)
+    static void transpose(F32x8* r)
     {
-        int k = 0;
-        for (; k + 8 <= count; k += 8) {
-            __m256 r[8];
-            for (int l = 0; l < 8; ++l) r[l] = _mm256_loadu_ps(p + l * row + k);
-            const __m256 a0 = _mm256_unpacklo_ps(r[0], r[1]), a1 = _mm256_unpackhi_ps(r[0], r[1]);
-            const __m256 a2 = _mm256_unpacklo_ps(r[2], r[3]), a3 = _mm256_unpackhi_ps(r[2], r[3]);
-            const __m256 a4 = _mm256_unpacklo_ps(r[4], r[5]), a5 = _mm256_unpackhi_ps(r[4], r[5]);
-            const __m256 a6 = _mm256_unpacklo_ps(r[6], r[7]), a7 = _mm256_unpackhi_ps(r[6], r[7]);
-            const __m256 b0 = _mm256_shuffle_ps(a0, a2, 0x44), b1 = _mm256_shuffle_ps(a0, a2, 0xee);
-            const __m256 b2 = _mm256_shuffle_ps(a1, a3, 0x44), b3 = _mm256_shuffle_ps(a1, a3, 0xee);
-            const __m256 b4 = _mm256_shuffle_ps(a4, a6, 0x44), b5 = _mm256_shuffle_ps(a4, a6, 0xee);
-            const __m256 b6 = _mm256_shuffle_ps(a5, a7, 0x44), b7 = _mm256_shuffle_ps(a5, a7, 0xee);
-            out[k + 0] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x20));
-            out[k + 1] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x20));
-            out[k + 2] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x20));
-            out[k + 3] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x20));
-            out[k + 4] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x31));
-            out[k + 5] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x31));
-            out[k + 6] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x31));
-            out[k + 7] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x31));
-        }
-        for (; k < count; ++k) gather(p, row, k, out + k);
+        const __m256 a0 = _mm256_unpacklo_ps(r[0].v, r[1].v), a1 = _mm256_unpackhi_ps(r[0].v, r[1].v);
+        const __m256 a2 = _mm256_unpacklo_ps(r[2].v, r[3].v), a3 = _mm256_unpackhi_ps(r[2].v, r[3].v);
+        const __m256 a4 = _mm256_unpacklo_ps(r[4].v, r[5].v), a5 = _mm256_unpackhi_ps(r[4].v, r[5].v);
+        const __m256 a6 = _mm256_unpacklo_ps(r[6].v, r[7].v), a7 = _mm256_unpackhi_ps(r[6].v, r[7].v);
+        const __m256 b0 = _mm256_shuffle_ps(a0, a2, 0x44), b1 = _mm256_shuffle_ps(a0, a2, 0xee);
+        const __m256 b2 = _mm256_shuffle_ps(a1, a3, 0x44), b3 = _mm256_shuffle_ps(a1, a3, 0xee);
+        const __m256 b4 = _mm256_shuffle_ps(a4, a6, 0x44), b5 = _mm256_shuffle_ps(a4, a6, 0xee);
+        const __m256 b6 = _mm256_shuffle_ps(a5, a7, 0x44), b7 = _mm256_shuffle_ps(a5, a7, 0xee);
+        r[0] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x20));
+        r[1] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x20));
+        r[2] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x20));
+        r[3] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x20));
+        r[4] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x31));
+        r[5] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x31));
+        r[6] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x31));
+        r[7] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x31));
     }
 };
 ZAM_LANE_OPS(F32x8, _mm256_add_ps, _mm256_sub_ps, _mm256_mul_ps, _mm256_xor_ps, _mm256_set1_ps)
@@ -150,28 +166,22 @@ struct F64x4 {
     static F64x4 load_rev(const double* p) { return F64x4(reverse(_mm256_loadu_pd(p - 3))); }
     static void store(double* p, F64x4 a) { _mm256_storeu_pd(p, a.v); }
     static void store_rev(double* p, F64x4 a) { _mm256_storeu_pd(p - 3, reverse(a.v)); }
-    ZAM_LANE_GATHER(F64x4)
-    static void rows(const double* p, ptrdiff_t row, int count, F64x4* out)
+    ZAM_LANE_ROWS(F64x4)
+    static void transpose(F64x4* r)
     {
-        int k = 0;
-        for (; k + 4 <= count; k += 4) {
-            const __m256d r0 = _mm256_loadu_pd(p + k), r1 = _mm256_loadu_pd(p + row + k);
-            const __m256d r2 = _mm256_loadu_pd(p + 2 * row + k), r3 = _mm256_loadu_pd(p + 3 * row + k);
-            const __m256d a0 = _mm256_unpacklo_pd(r0, r1), a1 = _mm256_unpackhi_pd(r0, r1);
-            const __m256d a2 = _mm256_unpacklo_pd(r2, r3), a3 = _mm256_unpackhi_pd(r2, r3);
-            out[k + 0] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x20));
-            out[k + 1] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x20));
-            out[k + 2] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x31));
-            out[k + 3] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x31));
-        }
-        for (; k < count; ++k) gather(p, row, k, out + k);
+        const __m256d a0 = _mm256_unpacklo_pd(r[0].v, r[1].v), a1 = _mm256_unpackhi_pd(r[0].v, r[1].v);
+        const __m256d a2 = _mm256_unpacklo_pd(r[2].v, r[3].v), a3 = _mm256_unpackhi_pd(r[2].v, r[3].v);
+        r[0] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x20));
+        r[1] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x20));
+        r[2] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x31));
+        r[3] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x31));
     }
 };
 ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, _mm256_set1_pd)
 #endif
 
 #undef ZAM_LANE_OPS
-#undef ZAM_LANE_GATHER
+#undef ZAM_LANE_ROWS
 
 // The widest vector of the path and the next narrower one, per element type.
 template <class T> struct Wide;

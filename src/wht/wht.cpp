@@ -1,6 +1,6 @@
 // The Walsh-Hadamard transforms of orders 8 to 13 and the work-buffer sizes.
 //
-// Orders 1 to 7 are straight-line codelets.  The larger orders factor
+// Orders 1 to 7 are straight-line codelets.  The larger orders (passes.cpp) factor
 // H_N = H_R (x) H_M: a first pass of contiguous blocks of M points (the
 // source is read only here, so in-place calls work), then a column pass of R
 // points at stride M that writes result k2 of column k1 to M*k2 + k1, which
@@ -10,27 +10,12 @@
 // super-blocks in a third pass.  Every block is a generated straight-line WHT
 // of 8, 16, 32 or 64 points; the scale is applied once, by the last pass.
 #include "frame/checks.hpp"
-#include "wht_blocks.hpp"
+#include "wht/passes.hpp"
 #include "zamcore.h"
 
 #include <cstddef>
 
 namespace {
-
-template <class T>
-struct Blocks;
-template <>
-struct Blocks<float> {
-    static constexpr auto b16 = zam::wht_block_16_32f, b64 = zam::wht_block_64_32f;
-    static constexpr auto s8 = zam::wht_scaled_block_8_32f, s16 = zam::wht_scaled_block_16_32f,
-                          s32 = zam::wht_scaled_block_32_32f, s64 = zam::wht_scaled_block_64_32f;
-};
-template <>
-struct Blocks<double> {
-    static constexpr auto b16 = zam::wht_block_16_64f, b64 = zam::wht_block_64_64f;
-    static constexpr auto s8 = zam::wht_scaled_block_8_64f, s16 = zam::wht_scaled_block_16_64f,
-                          s32 = zam::wht_scaled_block_32_64f, s64 = zam::wht_scaled_block_64_64f;
-};
 
 // Elements of the work buffer: the main area of N, and for orders 12 and 13 a
 // staging area of one super-block's 256 or 1024 elements behind it.
@@ -49,7 +34,6 @@ constexpr double inv_sqrt_length(int order) {
 
 template <class T, int Order>
 ZamStatus large_order(const T* src, T* dst, uint32_t flag, uint8_t* buffer) noexcept {
-    using B = Blocks<T>;
     constexpr ptrdiff_t n = ptrdiff_t{1} << Order;
     T s;
     if (const ZamStatus st = zam::pick_scale(src, dst, flag, zam::ScaleRule::Symmetric, static_cast<T>(1.0 / n),
@@ -58,26 +42,10 @@ ZamStatus large_order(const T* src, T* dst, uint32_t flag, uint8_t* buffer) noex
         return st;
     T* const work = buffer ? reinterpret_cast<T*>(buffer)
                            : static_cast<T*>(zamMalloc(static_cast<uint32_t>(sizeof(T)) * buffer_elements(Order)));
-    if constexpr (Order <= 10) {
-        // Blocks of 16, then 16 columns of n/16 points.
-        for (ptrdiff_t b = 0; b < n / 16; ++b) B::b16(src + 16 * b, 1, work + 16 * b, 1);
-        constexpr auto column = Order == 8 ? B::s16 : Order == 9 ? B::s32 : B::s64;
-        for (ptrdiff_t k = 0; k < 16; ++k) column(work + k, 16, dst + k, 16, s);
-    } else if constexpr (Order == 11) {
-        for (ptrdiff_t b = 0; b < 32; ++b) B::b64(src + 64 * b, 1, work + 64 * b, 1);
-        for (ptrdiff_t k = 0; k < 64; ++k) B::s32(work + k, 64, dst + k, 64, s);
-    } else {
-        // Super-blocks of 256 (16 x 16) or 1024 (64 x 16) through the staging area.
-        constexpr ptrdiff_t super = Order == 12 ? 256 : 1024;
-        constexpr auto inner = Order == 12 ? B::b16 : B::b64;
-        T* const staging = work + n;
-        for (ptrdiff_t sb = 0; sb < n / super; ++sb) {
-            for (ptrdiff_t b = 0; b < super / 16; ++b) B::b16(src + super * sb + 16 * b, 1, staging + 16 * b, 1);
-            for (ptrdiff_t k = 0; k < 16; ++k) inner(staging + k, 16, work + super * sb + k, 16);
-        }
-        constexpr auto last = Order == 12 ? B::s16 : B::s8;
-        for (ptrdiff_t k = 0; k < super; ++k) last(work + k, super, dst + k, super, s);
-    }
+    // Double precision stays on scalars for now: its vector passes give the
+    // same bits but are slower (the row transpositions stall on the stack).
+    const zam::Path path = sizeof(T) == 4 ? zam::best_path() : zam::Path::Scalar;
+    zam::wht::run_passes(path, Order, src, dst, s, work);
     if (!buffer) zamFree(work);
     return ZAM_STS_OK;
 }

@@ -1,10 +1,12 @@
-// The DCT-IV passes on AVX2 vectors.  This file alone is compiled for
+// The Walsh-Hadamard transforms and the DCT-IV passes on AVX2 vectors.  This file alone is compiled for
 // that instruction set (src/CMakeLists.txt), and everything it defines lives
 // in its own namespace: no function body is shared with another path.
 #define ZAM_PATH avx2
 #include "simd/lanes.hpp"
 #include "dct4_lanes.hpp"
 #include "dct4/lanes.hpp"
+#include "wht_lanes.hpp"
+#include "wht/lanes.hpp"
 
 namespace zam::dct4::avx2 {
 
@@ -19,3 +21,10 @@ template uint32_t stage_groups<float>(const StageArgs<float>&, const float*, uin
 template uint32_t stage_groups<double>(const StageArgs<double>&, const double*, uint32_t, uint32_t, double*, uint32_t);
 
 } // namespace zam::dct4::avx2
+
+namespace zam::wht::avx2 {
+
+template void large_order<float>(int, const float*, float*, float, float*);
+template void large_order<double>(int, const double*, double*, double, double*);
+
+} // namespace zam::wht::avx2
