@@ -230,6 +230,11 @@ ZAMGEN_API ZamStatus zamgWHTGetBufferSize_64f(int32_t order, int32_t* pSize);
  * Threads: specifications are independent.  For N >= 64 the transform writes
  * the specification's scratch vector, so each thread needs a specification
  * of its own; for N <= 32 one specification may serve any number of threads.
+ *
+ * Speed and stack: on x86-64 the passes run on AVX2 or SSE2 vectors, chosen
+ * on each call from the processor's features, with results identical to the
+ * scalar code bit for bit.  From N = 4096 a call may use up to 40 KB of the
+ * calling thread's stack (the vector paths' scratch for the nested stages).
  */
 typedef struct ZamDCT4Spec_32f ZamDCT4Spec_32f;  /* opaque */
 typedef struct ZamDCT4Spec_64f ZamDCT4Spec_64f;  /* opaque */
