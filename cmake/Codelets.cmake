@@ -45,7 +45,16 @@ math(EXPR _last "${ZAMGEN_CODELET_SHARDS} - 1")
 foreach(i RANGE ${_last})
   list(APPEND ZAMGEN_SHARD_SOURCES ${ZAMGEN_GEN_DIR}/codelets_${i}.cpp)
 endforeach()
-set(ZAMGEN_GENERATED_SOURCES ${ZAMGEN_SHARD_SOURCES} ${ZAMGEN_GEN_DIR}/codelets_checked.cpp)
+# The scalar bodies of the codelets (namespace zam::scalar).
+set(ZAMGEN_BODY_SOURCES ${ZAMGEN_SHARD_SOURCES} ${ZAMGEN_GEN_DIR}/codelets_checked.cpp)
+# Their vector bodies, in half as many files, each compiled once per vector path.
+set(ZAMGEN_VECTOR_SOURCES)
+math(EXPR _last "(${ZAMGEN_CODELET_SHARDS} + 1) / 2 - 1")
+foreach(i RANGE ${_last})
+  list(APPEND ZAMGEN_VECTOR_SOURCES ${ZAMGEN_GEN_DIR}/vcodelets_${i}.cpp)
+endforeach()
+# The exported functions, each choosing a body.
+set(ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/codelet_exports.cpp)
 # The straight-line blocks of the larger Walsh-Hadamard transforms.
 list(APPEND ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/wht_blocks.cpp)
 # The straight-line kernels of the DCT-IV.
@@ -56,13 +65,15 @@ set(ZAMGEN_SURFACE_FILES
   ${ZAMGEN_GEN_DIR}/include/zamgen_functions.h ${ZAMGEN_GEN_DIR}/include/zamgen_table.hpp
   ${ZAMGEN_GEN_DIR}/dispatch_tables.inc
   ${ZAMGEN_GEN_DIR}/registry.inc ${ZAMGEN_EXPORTS} ${ZAMGEN_GEN_DIR}/zamgen.def ${ZAMGEN_GEN_DIR}/zamgen.map
-  ${ZAMGEN_GEN_DIR}/wht_blocks.hpp ${ZAMGEN_GEN_DIR}/dct4_kernels.hpp ${ZAMGEN_GEN_DIR}/dct4_lanes.hpp ${ZAMGEN_GEN_DIR}/wht_lanes.hpp)
+  ${ZAMGEN_GEN_DIR}/wht_blocks.hpp ${ZAMGEN_GEN_DIR}/dct4_kernels.hpp ${ZAMGEN_GEN_DIR}/dct4_lanes.hpp ${ZAMGEN_GEN_DIR}/wht_lanes.hpp
+  ${ZAMGEN_GEN_DIR}/codelet_paths.hpp ${ZAMGEN_GEN_DIR}/codelet_paths.inc)
 
 # The compiler rewrites a file only when its content changes; the stamp keeps
 # the rule from running again when nothing changed.
 add_custom_command(
   OUTPUT ${ZAMGEN_GEN_DIR}/codelets.stamp
-  BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_MANIFEST} ${ZAMGEN_SURFACE_FILES}
+  BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_BODY_SOURCES} ${ZAMGEN_VECTOR_SOURCES} ${ZAMGEN_MANIFEST}
+             ${ZAMGEN_SURFACE_FILES}
   COMMAND ${CMAKE_COMMAND} -E make_directory ${ZAMGEN_GEN_DIR}
   COMMAND ${ZAMGEN_CODEGEN} ${ZAMGEN_GEN_DIR} ${ZAMGEN_CODELET_SHARDS} ${ZAMGEN_CHECKED_SIZES}
   COMMAND ${CMAKE_COMMAND} -E touch ${ZAMGEN_GEN_DIR}/codelets.stamp

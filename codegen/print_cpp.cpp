@@ -65,16 +65,7 @@ public:
     std::string run() {
         const Signature& sig = p_.sig;
         if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
-        out_ << (lanes_ ? lanes_head(sig) : head(sig)) << "\n{\n";
-        if (sig.form == Form::Codelet || sig.form == Form::BufferedCodelet) {
-            const double inv_n = 1.0 / static_cast<double>(sig.n);
-            const double inv_sqrt_n = 1.0 / std::sqrt(static_cast<double>(sig.n));
-            out_ << "    " << c_type(p_.scalar) << " s;\n";
-            out_ << "    if (const ZamStatus st = zam::pick_scale(src, dst, flag, zam::ScaleRule::"
-                 << zam::scale_rule_name(sig.rule) << ", " << literal(inv_n) << ", " << literal(inv_sqrt_n)
-                 << ", s); st != ZAM_STS_OK)\n        return st;\n";
-            if (sig.form == Form::BufferedCodelet) out_ << "    (void)buffer;  // no work area at this size\n";
-        }
+        out_ << (lanes_ ? lanes_head(sig) : head(sig)) << "\n{\n" << codelet_checks(p_);
         out_ << prologue(sig.form);
         if (lanes_) lanes_prologue();
         for (const Instr& in : p_.code) statement(in);
@@ -269,6 +260,23 @@ private:
 };
 
 } // namespace
+
+std::string codelet_checks(const Program& p) {
+    const Signature& sig = p.sig;
+    if (sig.form != Form::Codelet && sig.form != Form::BufferedCodelet) return "";
+    const bool single = p.scalar == Type::F32;
+    auto literal = [&](double v) { return single ? float_literal(static_cast<float>(v)) : double_literal(v); };
+    const double inv_n = 1.0 / static_cast<double>(sig.n);
+    const double inv_sqrt_n = 1.0 / std::sqrt(static_cast<double>(sig.n));
+    std::string out = std::string("    ") + c_type(p.scalar) + " s;\n";
+    out += "    if (const ZamStatus st = zam::pick_scale(src, dst, flag, zam::ScaleRule::" +
+           std::string(zam::scale_rule_name(sig.rule)) + ", " + literal(inv_n) + ", " + literal(inv_sqrt_n) +
+           ", s); st != ZAM_STS_OK)\n        return st;\n";
+    if (sig.form == Form::BufferedCodelet) out += "    (void)buffer;  // no work area at this size\n";
+    return out;
+}
+
+std::string codelet_head(const Signature& sig) { return head(sig); }
 
 std::string double_literal(double v) {
     char buf[64];

@@ -24,6 +24,11 @@ std::string print_lanes(const Program& prog);
 // The declaration of a block (Form::Block or ScaledBlock), for a header.
 std::string declare_cpp(const Signature& sig);
 
+// A codelet's head (its C signature) and the checks that open it: pointers,
+// flag, and the scale factor s (none for blocks and kernels).
+std::string codelet_head(const Signature& sig);
+std::string codelet_checks(const Program& p);
+
 // Shortest decimal literals that read back as exactly the same value.
 std::string double_literal(double v);
 std::string float_literal(float v);

@@ -10,7 +10,7 @@
 namespace zam {
 
 template <class T>
-inline T load(const void* p, ptrdiff_t i) noexcept
+[[gnu::always_inline]] inline T load(const void* p, ptrdiff_t i) noexcept
 {
     T v;
     std::memcpy(&v, static_cast<const char*>(p) + i * static_cast<ptrdiff_t>(sizeof(T)), sizeof(T));
@@ -18,7 +18,7 @@ inline T load(const void* p, ptrdiff_t i) noexcept
 }
 
 template <class T>
-inline void store(void* p, ptrdiff_t i, T v) noexcept
+[[gnu::always_inline]] inline void store(void* p, ptrdiff_t i, T v) noexcept
 {
     std::memcpy(static_cast<char*>(p) + i * static_cast<ptrdiff_t>(sizeof(T)), &v, sizeof(T));
 }

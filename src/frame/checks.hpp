@@ -13,7 +13,7 @@ namespace zam {
 // factor selected by the flag.  inv_n and inv_sqrt_n are the codelet's own
 // literals, so no division or square root happens at run time.
 template <class T>
-inline ZamStatus pick_scale(const void* src, const void* dst, uint32_t flag, ScaleRule rule,
+[[gnu::always_inline]] inline ZamStatus pick_scale(const void* src, const void* dst, uint32_t flag, ScaleRule rule,
                             T inv_n, T inv_sqrt_n, T& s) noexcept
 {
     if (src == nullptr || dst == nullptr) return ZAM_STS_NULL_PTR_ERR;

@@ -1,0 +1,29 @@
+// The vector printer for codelets (Form::Codelet, BufferedCodelet).
+//
+// Pairs of isomorphic instructions of the lowered list share one 128-bit
+// vector: neighbouring loads (the two parts of a complex element, or two
+// neighbouring reals) seed the pairs, and pairs of their users follow, as far
+// as both lanes perform the same kind of operation in the same precision.
+// Each lane performs exactly its instruction's operation: the same operands,
+// the same precision, no fusion.  A lane's sum may take its operands in the
+// other order (a sum commutes exactly) and a negation may move between an
+// operand, a constant and the choice of sum or difference (each is an exact
+// sign change); a difference keeps its order.  Single-precision data use
+// the low two lanes of a float vector, products and their combinations a
+// double vector.  Unpaired instructions stay scalar, reading lanes out of
+// vectors where they need them.  The function has the scalar codelet's
+// signature and checks and lives in namespace `ns`; the intrinsics are SSE2,
+// so the same text compiles for any x86-64 instruction set.
+#pragma once
+
+#include "lower.hpp"
+
+#include <string>
+
+namespace zg {
+
+// `packed_share`, if given, receives the share of arithmetic instructions
+// that run in pairs.
+std::string print_simd(const Program& prog, const std::string& ns, double* packed_share = nullptr);
+
+} // namespace zg
