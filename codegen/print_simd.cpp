@@ -17,6 +17,10 @@ namespace {
 
 bool add_class(Opcode op) { return op == Opcode::Add || op == Opcode::Sub; }
 
+// The dearest operand vectors a pair found from its users may need (see
+// SimdPrinter::cost: 3 builds a vector from two scalars).
+constexpr int kMaxPairCost = 4;
+
 // One lane of a sum or difference as (±a) + (±b), a and b in either order
 // for a sum (a sum commutes exactly; a difference does not, for the sign of
 // a zero result).
@@ -84,6 +88,15 @@ private:
         return true;
     }
 
+    // What the operand vectors of a pair would cost with the pairs made so far.
+    int pair_cost(int u, int v) const {
+        const Instr &x = code_[static_cast<size_t>(u)], &y = code_[static_cast<size_t>(v)];
+        if (x.op == Opcode::MulConst || x.op == Opcode::Round) return cost(x.a.value, y.a.value);
+        const int straight = cost(x.a.value, y.a.value) + cost(x.b.value, y.b.value);
+        if (x.op != Opcode::Add || y.op != Opcode::Add) return straight;
+        return std::min(straight, cost(x.a.value, y.b.value) + cost(x.b.value, y.a.value));
+    }
+
     void make_pack(int u, int v) {
         pack_[u] = pack_[v] = static_cast<int>(packs_.size());
         lane_[u] = 0, lane_[v] = 1;
@@ -98,14 +111,35 @@ private:
             if (code_[i].op == Opcode::Load) load_at[code_[i].slot] = static_cast<int>(i);
         for (const auto& [slot, i] : load_at)
             if (slot % 2 == 0 && load_at.count(slot + 1)) make_pack(i, load_at[slot + 1]);
+        // Neighbouring stores seed pairs of the values they store.
+        std::map<int, int> store_at;
+        for (size_t i = 0; i < code_.size(); ++i)
+            if (code_[i].op == Opcode::Store) store_at[code_[i].slot] = static_cast<int>(i);
+        for (const auto& [slot, i] : store_at) {
+            if (slot % 2 != 0 || !store_at.count(slot + 1)) continue;
+            const int a = code_[static_cast<size_t>(i)].a.value, b = code_[static_cast<size_t>(store_at[slot + 1])].a.value;
+            if (a != 0 && b != 0 && can_pair(def_[a], def_[b])) make_pack(def_[a], def_[b]);
+        }
+        // Each pair extends to pairs of its users (the cheapest operand
+        // vectors first, none that needs both operands built from scalars)
+        // and to pairs of its operands.
         for (size_t k = 0; k < packs_.size(); ++k) {
             const auto [x, y] = packs_[k];
-            for (int u : users_[static_cast<size_t>(x)])
+            for (int u : users_[static_cast<size_t>(x)]) {
+                int best = -1, least = kMaxPairCost + 1;
                 for (int v : users_[static_cast<size_t>(y)])
-                    if (can_pair(u, v)) {
-                        make_pack(u, v);
-                        break;
-                    }
+                    if (can_pair(u, v))
+                        if (const int c = pair_cost(u, v); c < least) least = c, best = v;
+                if (best >= 0) make_pack(u, best);
+            }
+            const Instr &ix = code_[static_cast<size_t>(x)], &iy = code_[static_cast<size_t>(y)];
+            if (ix.op == Opcode::Load) continue;
+            auto operands = [&](Operand p, Operand q) {
+                if (p.value != 0 && q.value != 0 && can_pair(def_[p.value], def_[q.value]))
+                    make_pack(def_[p.value], def_[q.value]);
+            };
+            operands(ix.a, iy.a);
+            if (binary(ix)) operands(ix.b, iy.b);
         }
         int packed = 0, ops = 0;
         for (size_t i = 0; i < code_.size(); ++i)
