@@ -1,7 +1,8 @@
 // zamgen-bench: ns per call of the library's transforms and of FFTW's plans
 // for the same transform, length and precision, in one run, on the same
 // aligned buffers.  Names are <library>/<family>/<precision>/<size>, so
-// ratios.py can pair them.
+// ratios.py can pair them.  Built with ZAMGEN_BENCH_AVTX, the DCT-IV also
+// runs against FFmpeg's MDCT (avtx/dct4/...).
 //
 //   zamgen-bench [--family=wht,complex,real,hartley,dct4] [Google Benchmark options]
 #include "zamgen.h"
@@ -9,7 +10,13 @@
 
 #include <benchmark/benchmark.h>
 #include "fftw_api.hpp"
+#if ZAMGEN_BENCH_AVTX
+extern "C" {  // FFmpeg's headers declare C functions without a guard of their own
+#include <libavutil/tx.h>
+}
+#endif
 
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -18,16 +25,16 @@
 
 namespace {
 
-// Input and output buffers of `scalars` values each, aligned, shared by both
-// libraries for one size.
+// Input and output buffers of `inputs` and `outputs` values, aligned, shared
+// by both libraries for one size; the input is random.
 template <class T>
 struct Buffers {
-    explicit Buffers(size_t scalars)
-        : in(static_cast<T*>(zamMalloc(static_cast<uint32_t>(scalars * sizeof(T))))),
-          out(static_cast<T*>(zamMalloc(static_cast<uint32_t>(scalars * sizeof(T))))) {
+    Buffers(size_t inputs, size_t outputs)
+        : in(static_cast<T*>(zamMalloc(static_cast<uint32_t>(inputs * sizeof(T))))),
+          out(static_cast<T*>(zamMalloc(static_cast<uint32_t>(outputs * sizeof(T))))) {
         std::mt19937 gen(1);
         std::uniform_real_distribution<T> d(-1, 1);
-        for (size_t i = 0; i < scalars; ++i) in[i] = d(gen);
+        for (size_t i = 0; i < inputs; ++i) in[i] = d(gen);
     }
     ~Buffers() {
         zamFree(in);
@@ -45,7 +52,7 @@ const char* precision(bool single) { return single ? "32f" : "64f"; }
 template <class T>
 void pair(const std::string& family, int size, size_t scalars, std::function<void(T*, T*)> ours,
           std::function<typename Fftw<T>::Plan(T*, T*)> plan) {
-    auto* b = new Buffers<T>(scalars);  // lives as long as the benchmarks
+    auto* b = new Buffers<T>(scalars, scalars);  // lives as long as the benchmarks
     std::vector<T> saved(b->in, b->in + scalars);
     const typename Fftw<T>::Plan p = plan(b->in, b->out);
     std::memcpy(b->in, saved.data(), scalars * sizeof(T));
@@ -111,8 +118,33 @@ void hartley(ZamStatus (*dispatcher)(const T*, T*, int32_t, uint32_t)) {
                 [=](T* in, T* out) { return Fftw<T>::r2r_1d(n, in, out, FFTW_DHT, FFTW_MEASURE); });
 }
 
+#if ZAMGEN_BENCH_AVTX
+// FFmpeg's forward MDCT of frame size n: n outputs from 2n inputs, a DCT-IV of
+// n after folding the 2n inputs to n, on buffers of its own.
+template <class T>
+void avtx_mdct(int n) {
+    AVTXContext* ctx = nullptr;  // lives as long as the benchmarks
+    av_tx_fn fn = nullptr;
+    const T scale = 1;
+    const AVTXType type = sizeof(T) == 4 ? AV_TX_FLOAT_MDCT : AV_TX_DOUBLE_MDCT;
+    if (av_tx_init(&ctx, &fn, type, 0, n, &scale, 0) < 0) {
+        std::fprintf(stderr, "zamgen-bench: av_tx_init refused an MDCT of %d (%s)\n", n, precision(sizeof(T) == 4));
+        return;
+    }
+    auto* b = new Buffers<T>(2 * static_cast<size_t>(n), static_cast<size_t>(n));
+    benchmark::RegisterBenchmark(("avtx/dct4/" + std::string(precision(sizeof(T) == 4)) + "/" + std::to_string(n)).c_str(),
+                                 [b, ctx, fn](benchmark::State& st) {
+                                     for (auto _ : st) {
+                                         fn(ctx, b->out, b->in, sizeof(T));
+                                         benchmark::ClobberMemory();
+                                     }
+                                 });
+}
+#endif
+
 // The DCT-IV of every power of two to 16384 on a specification made once;
-// FFTW's REDFT11 is twice our unnormalised transform, the same work.
+// FFTW's REDFT11 is twice our unnormalised transform, the same work.  FFmpeg's
+// MDCT of the same n, where built, runs right after the two.
 template <class T, class S>
 void dct4(ZamStatus (*init_alloc)(S**, int32_t), ZamStatus (*run)(const T*, T*, const S*)) {
     for (int n = 2; n <= 16384; n *= 2) {
@@ -120,6 +152,9 @@ void dct4(ZamStatus (*init_alloc)(S**, int32_t), ZamStatus (*run)(const T*, T*, 
         init_alloc(&spec, n);
         pair<T>("dct4", n, static_cast<size_t>(n), [=](T* in, T* out) { run(in, out, spec); },
                 [=](T* in, T* out) { return Fftw<T>::r2r_1d(n, in, out, FFTW_REDFT11, FFTW_MEASURE); });
+#if ZAMGEN_BENCH_AVTX
+        avtx_mdct<T>(n);
+#endif
     }
 }
 

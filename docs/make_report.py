@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Writes docs/report.md and its plots (docs/*.svg): the accuracy of every family
 against a long-double reference beside FFTW's, and the speed of every family as
-a ratio to FFTW's.
+a ratio to FFTW's (the DCT-IV's also to FFmpeg's MDCT, where the benchmark was
+built with libavutil).
 
     python3 docs/make_report.py build/release
 
@@ -27,7 +28,7 @@ from collections import defaultdict
 DOCS = os.path.dirname(os.path.abspath(__file__))
 sys.dont_write_bytecode = True  # no __pycache__ left in bench/
 sys.path.insert(0, os.path.join(DOCS, "..", "bench"))
-import ratios  # noqa: E402  (best_times, pairs, geometric_mean)
+import ratios  # noqa: E402  (best_times, pairs, ffmpeg_times, geometric_mean)
 
 BENCH_ARGS = ["--benchmark_format=json", "--benchmark_min_time=0.05", "--benchmark_repetitions=3"]
 
@@ -116,6 +117,7 @@ def describe_machine(build, accuracy_log):
         "compiler": first_line([cache.get("CMAKE_CXX_COMPILER", "c++"), "--version"]),
         "build": cache.get("CMAKE_BUILD_TYPE", "unknown"),
         "fftw": fftw,
+        "avutil": first_line(["pkg-config", "--modversion", "libavutil"]),
         "python": platform.python_version(),
     }
 
@@ -312,7 +314,7 @@ def speed_summary(speed):
     return out
 
 
-def report(acc, speed, machine, context):
+def report(acc, speed, ffmpeg, machine, context):
     A = accuracy_summary(acc)
     S = speed_summary(speed)
     fixed = ["complex_fwd", "complex_inv", "real_fwd_ccs", "real_inv_ccs", "hartley"]
@@ -331,6 +333,8 @@ def report(acc, speed, machine, context):
     w(f"- System: {machine['system']}")
     w(f"- Compiler: {machine['compiler']}, build type {machine['build']}")
     w(f"- Peer: {machine['fftw']} (Debian's `libfftw3-dev`)")
+    if ffmpeg:
+        w(f"- DCT-IV peer: FFmpeg's libavutil {machine.get('avutil', 'unknown')} (Debian's `libavutil-dev`)")
     w(f"- Google Benchmark: library built as {context.get('library_build_type', 'unknown')}\n")
 
     # Headline.
@@ -398,6 +402,18 @@ def report(acc, speed, machine, context):
       "--benchmark_repetitions=3`, the best of the three). The Walsh–Hadamard peer is FFTW's rank-k real-to-halfcomplex "
       "transform with every axis of length 2; the DCT-IV peer is REDFT11. The time per call is in ns; a ratio below 1 "
       "means we are faster.\n")
+    if ffmpeg:
+        means = []
+        for prec in PRECISIONS:
+            r = [o / ffmpeg[("dct4", p, n)] for p, n, o, _ in speed.get("dct4", [])
+                 if p == prec and ("dct4", p, n) in ffmpeg]
+            if r:
+                means.append(f"{ratios.geometric_mean(r):.2f} in {prec}")
+        w("The DCT-IV also runs against FFmpeg's forward MDCT of the same N (`av_tx`, `AV_TX_FLOAT_MDCT` / "
+          "`AV_TX_DOUBLE_MDCT`, unscaled) on buffers of its own: N outputs from 2N inputs, a DCT-IV of N after a "
+          "folding. Its folding and twiddles are C around an FFT of N/2 points, which runs SIMD code (AVX, FMA3, AVX2) "
+          "in single precision and C in double precision (libavutil 57). Geometric mean of time(zamgen) / "
+          f"time(FFmpeg): {', '.join(means)}.\n")
     w("| family | precision | geometric mean | faster than FFTW | best (N) | worst (N) |\n|---|---|---|---|---|---|")
     for family, title in SPEED_FAMILIES:
         for prec in PRECISIONS:
@@ -412,13 +428,19 @@ def report(acc, speed, machine, context):
         w(f"### {title}\n")
         w(f"![{title}: time relative to FFTW against N](speed_{family}.svg)\n")
         w("<details><summary>ns per call and ratio per length</summary>\n")
-        w("| N | 32f zamgen | 32f FFTW | 32f ratio | 64f zamgen | 64f FFTW | 64f ratio |\n|---|---|---|---|---|---|---|")
+        extra = any(k[0] == family for k in ffmpeg)
+        heads = ["zamgen", "FFTW", "ratio"] + (["FFmpeg", "ratio to FFmpeg"] if extra else [])
+        w("| N | " + " | ".join(f"{prec} {h}" for prec in PRECISIONS for h in heads) + " |\n|---"
+          + "|---" * len(heads) * len(PRECISIONS) + "|")
         by = {(p, n): (o, f) for p, n, o, f in speed[family]}
         for n in sorted({n for _, n, _, _ in speed[family]}):
             cells = []
             for prec in PRECISIONS:
                 o, f = by.get((prec, n), (None, None))
                 cells += ["—"] * 3 if o is None else [f"{o:.1f}", f"{f:.1f}", f"{o / f:.2f}"]
+                if extra:
+                    t = ffmpeg.get((family, prec, n))
+                    cells += ["—"] * 2 if o is None or t is None else [f"{t:.1f}", f"{o / t:.2f}"]
             w(f"| {2 ** n if family == 'wht' else n} | " + " | ".join(cells) + " |")
         w("\n</details>\n")
 
@@ -514,7 +536,8 @@ def main():
             json.dump(bench, f, indent=1)
     context = bench.get("context", {})
     machine = context.get("zamgen_report") or describe_machine(args.build, accuracy_log)
-    speed = ratios.pairs(ratios.best_times(bench["benchmarks"]))
+    ns = ratios.best_times(bench["benchmarks"])
+    speed, ffmpeg = ratios.pairs(ns), ratios.ffmpeg_times(ns)
 
     for family, title in ACCURACY_FAMILIES:
         accuracy_plot(os.path.join(DOCS, f"accuracy_{family}.svg"), title,
@@ -523,7 +546,7 @@ def main():
         if family in speed:
             speed_plot(os.path.join(DOCS, f"speed_{family}.svg"), title, speed[family], orders=family == "wht")
     with open(os.path.join(DOCS, "report.md"), "w") as f:
-        f.write(report(acc, speed, machine, context))
+        f.write(report(acc, speed, ffmpeg, machine, context))
     print(f"make_report: wrote {os.path.join(DOCS, 'report.md')} and its plots", file=sys.stderr)
 
 
