@@ -170,15 +170,18 @@ ZamStatus run_stage(const NestedStage<T>* st, const T* x, uint32_t base, T* out,
 template <class T>
 uint32_t first_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32_t base, T* out)
 {
+#if defined(ZAMGEN_VECTOR_PATHS)
     if (pass->group_step != 1) return 0;
     const uint32_t k = pass->kind, n = pass->count, s = pass->in_stride, L = pass->mirror, t = pass->out_stride;
     switch (path) {
-#if defined(ZAMGEN_VECTOR_PATHS)
     case Path::Sse2: return sse2::first_groups(k, x, base, n, s, L, out, t);
     case Path::Avx2: return avx2::first_groups(k, x, base, n, s, L, out, t);
-#endif
     default: return 0;
     }
+#else
+    (void)path, (void)pass, (void)x, (void)base, (void)out;
+    return 0;
+#endif
 }
 
 // Nested stages side by side, one per lane, where the owner's groups start
@@ -186,6 +189,7 @@ uint32_t first_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32
 template <class T>
 uint32_t stage_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32_t base, T* out)
 {
+#if defined(ZAMGEN_VECTOR_PATHS)
     if (pass->group_step != 1 || path == Path::Scalar) return 0;
     const NestedStage<T>* st = pass->stage;
     const auto* ip = as_ptr<const InputPass<T>>(list_item(st->first, 0));
@@ -194,27 +198,32 @@ uint32_t stage_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32
     const StageArgs<T> a{ip->kind,     ip->count,   ip->group_step, ip->in_stride, ip->out_stride, ip->mirror,
                          rp->twiddles, rp->kind,    rp->radix,      rp->groups,    rp->length,     rp->sub_length};
     switch (path) {
-#if defined(ZAMGEN_VECTOR_PATHS)
     case Path::Sse2: return sse2::stage_groups(a, x, base, pass->count, out, pass->out_stride);
     case Path::Avx2: return avx2::stage_groups(a, x, base, pass->count, out, pass->out_stride);
-#endif
     default: return 0;
     }
+#else
+    (void)path, (void)pass, (void)x, (void)base, (void)out;
+    return 0;
+#endif
 }
 
 template <class T>
 uint32_t second_groups_on(Path path, const OutputPass<T>* pass, const T* v, const T* table, T* y, uint32_t g0,
                           uint32_t count, uint32_t S, uint32_t L)
 {
+#if defined(ZAMGEN_VECTOR_PATHS)
     const uint32_t k = pass->kind, r = pass->radix;
     const ptrdiff_t vrow = pass->in_stride, trow = 2 * ptrdiff_t(r);
     switch (path) {
-#if defined(ZAMGEN_VECTOR_PATHS)
     case Path::Sse2: return sse2::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
     case Path::Avx2: return avx2::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
-#endif
     default: return 0;
     }
+#else
+    (void)path, (void)pass, (void)v, (void)table, (void)y, (void)g0, (void)count, (void)S, (void)L;
+    return 0;
+#endif
 }
 
 } // namespace
