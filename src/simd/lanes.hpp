@@ -57,8 +57,7 @@ namespace zam::ZAM_PATH {
                 break;                                                                               \
             }                                                                                        \
             V r[n];                                                                                  \
-            for (int l = 0; l < n; ++l) r[l].v = in[k + l].v;                                        \
-            transpose(r);                                                                            \
+            transpose(in + k, r);                                                                    \
             for (int l = 0; l < n; ++l) store(p + l * row + k, r[l]);                                \
         }                                                                                            \
     }                                                                                                \
@@ -69,8 +68,9 @@ namespace zam::ZAM_PATH {
                 for (int j = k; j < count; ++j) gather(p, row, j, out + j);                          \
                 break;                                                                               \
             }                                                                                        \
-            for (int l = 0; l < n; ++l) out[k + l] = load(p + l * row + k);                          \
-            transpose(out + k);                                                                      \
+            V t[n];                                                                                  \
+            for (int l = 0; l < n; ++l) t[l] = load(p + l * row + k);                                \
+            transpose(t, out + k);                                                                   \
         }                                                                                            \
     }
 
@@ -87,10 +87,12 @@ struct F32x4 {
     static void store(float* p, F32x4 a) { _mm_storeu_ps(p, a.v); }
     static void store_rev(float* p, F32x4 a) { _mm_storeu_ps(p - 3, _mm_shuffle_ps(a.v, a.v, 0x1b)); }
     ZAM_LANE_ROWS(F32x4)
-    // Rows r[0..3] become columns, in place.
-    static void transpose(F32x4* r)
+    // Rows r[0..3] become the columns t[0..3] (r and t may be the same).
+    static void transpose(const F32x4* r, F32x4* t)
     {
-        _MM_TRANSPOSE4_PS(r[0].v, r[1].v, r[2].v, r[3].v);
+        __m128 a = r[0].v, b = r[1].v, c = r[2].v, d = r[3].v;
+        _MM_TRANSPOSE4_PS(a, b, c, d);
+        t[0].v = a, t[1].v = b, t[2].v = c, t[3].v = d;
     }
 };
 ZAM_LANE_OPS(F32x4, _mm_add_ps, _mm_sub_ps, _mm_mul_ps, _mm_xor_ps, _mm_set1_ps)
@@ -108,10 +110,10 @@ struct F64x2 {
     static void store(double* p, F64x2 a) { _mm_storeu_pd(p, a.v); }
     static void store_rev(double* p, F64x2 a) { _mm_storeu_pd(p - 1, _mm_shuffle_pd(a.v, a.v, 1)); }
     ZAM_LANE_ROWS(F64x2)
-    static void transpose(F64x2* r)
+    static void transpose(const F64x2* r, F64x2* t)
     {
         const __m128d r0 = r[0].v, r1 = r[1].v;
-        r[0] = F64x2(_mm_unpacklo_pd(r0, r1)), r[1] = F64x2(_mm_unpackhi_pd(r0, r1));
+        t[0] = F64x2(_mm_unpacklo_pd(r0, r1)), t[1] = F64x2(_mm_unpackhi_pd(r0, r1));
     }
 };
 ZAM_LANE_OPS(F64x2, _mm_add_pd, _mm_sub_pd, _mm_mul_pd, _mm_xor_pd, _mm_set1_pd)
@@ -131,7 +133,7 @@ struct F32x8 {
     static void store(float* p, F32x8 a) { _mm256_storeu_ps(p, a.v); }
     static void store_rev(float* p, F32x8 a) { _mm256_storeu_ps(p - 7, reverse(a.v)); }
     ZAM_LANE_ROWS(F32x8)
-    static void transpose(F32x8* r)
+    static void transpose(const F32x8* r, F32x8* t)
     {
         const __m256 a0 = _mm256_unpacklo_ps(r[0].v, r[1].v), a1 = _mm256_unpackhi_ps(r[0].v, r[1].v);
         const __m256 a2 = _mm256_unpacklo_ps(r[2].v, r[3].v), a3 = _mm256_unpackhi_ps(r[2].v, r[3].v);
@@ -141,14 +143,14 @@ struct F32x8 {
         const __m256 b2 = _mm256_shuffle_ps(a1, a3, 0x44), b3 = _mm256_shuffle_ps(a1, a3, 0xee);
         const __m256 b4 = _mm256_shuffle_ps(a4, a6, 0x44), b5 = _mm256_shuffle_ps(a4, a6, 0xee);
         const __m256 b6 = _mm256_shuffle_ps(a5, a7, 0x44), b7 = _mm256_shuffle_ps(a5, a7, 0xee);
-        r[0] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x20));
-        r[1] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x20));
-        r[2] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x20));
-        r[3] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x20));
-        r[4] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x31));
-        r[5] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x31));
-        r[6] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x31));
-        r[7] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x31));
+        t[0] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x20));
+        t[1] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x20));
+        t[2] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x20));
+        t[3] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x20));
+        t[4] = F32x8(_mm256_permute2f128_ps(b0, b4, 0x31));
+        t[5] = F32x8(_mm256_permute2f128_ps(b1, b5, 0x31));
+        t[6] = F32x8(_mm256_permute2f128_ps(b2, b6, 0x31));
+        t[7] = F32x8(_mm256_permute2f128_ps(b3, b7, 0x31));
     }
 };
 ZAM_LANE_OPS(F32x8, _mm256_add_ps, _mm256_sub_ps, _mm256_mul_ps, _mm256_xor_ps, _mm256_set1_ps)
@@ -167,14 +169,14 @@ struct F64x4 {
     static void store(double* p, F64x4 a) { _mm256_storeu_pd(p, a.v); }
     static void store_rev(double* p, F64x4 a) { _mm256_storeu_pd(p - 3, reverse(a.v)); }
     ZAM_LANE_ROWS(F64x4)
-    static void transpose(F64x4* r)
+    static void transpose(const F64x4* r, F64x4* t)
     {
         const __m256d a0 = _mm256_unpacklo_pd(r[0].v, r[1].v), a1 = _mm256_unpackhi_pd(r[0].v, r[1].v);
         const __m256d a2 = _mm256_unpacklo_pd(r[2].v, r[3].v), a3 = _mm256_unpackhi_pd(r[2].v, r[3].v);
-        r[0] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x20));
-        r[1] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x20));
-        r[2] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x31));
-        r[3] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x31));
+        t[0] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x20));
+        t[1] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x20));
+        t[2] = F64x4(_mm256_permute2f128_pd(a0, a2, 0x31));
+        t[3] = F64x4(_mm256_permute2f128_pd(a1, a3, 0x31));
     }
 };
 ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, _mm256_set1_pd)

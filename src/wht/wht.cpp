@@ -42,10 +42,7 @@ ZamStatus large_order(const T* src, T* dst, uint32_t flag, uint8_t* buffer) noex
         return st;
     T* const work = buffer ? reinterpret_cast<T*>(buffer)
                            : static_cast<T*>(zamMalloc(static_cast<uint32_t>(sizeof(T)) * buffer_elements(Order)));
-    // Double precision stays on scalars for now: its vector passes give the
-    // same bits but are slower (the row transpositions stall on the stack).
-    const zam::Path path = sizeof(T) == 4 ? zam::best_path() : zam::Path::Scalar;
-    zam::wht::run_passes(path, Order, src, dst, s, work);
+    zam::wht::run_passes(zam::best_path(), Order, src, dst, s, work);
     if (!buffer) zamFree(work);
     return ZAM_STS_OK;
 }
