@@ -21,9 +21,6 @@ bool add_class(Opcode op) { return op == Opcode::Add || op == Opcode::Sub; }
 // The dearest operand vectors a pair found from its users may need (see
 // SimdPrinter::cost: 3 builds a vector from two scalars).
 constexpr int kMaxPairCost = 4;
-// The same for a quad found from its users (see SimdPrinter::cost_of: a
-// quad built from two pairs costs 1 more than the pairs).
-constexpr int kMaxQuadCost = 2;
 
 // One lane of a sum or difference as (±a) + (±b), a and b in either order
 // for a sum (a sum commutes exactly; a difference does not, for the sign of
@@ -42,7 +39,8 @@ struct Pack {
 
 class SimdPrinter {
 public:
-    SimdPrinter(const Program& p, bool quads) : p_(p), code_(p.code), single_(p.scalar == Type::F32), quads_(quads) {}
+    SimdPrinter(const Program& p, bool quads, int slack = -1)
+        : p_(p), code_(p.code), single_(p.scalar == Type::F32), quads_(quads), slack_(slack) {}
 
     std::string run(const std::string& ns, double* packed_share) {
         index();
@@ -172,6 +170,8 @@ private:
                pack_[static_cast<size_t>(packs_[static_cast<size_t>(k)].in[0])] == k;
     }
 
+    // A quad takes one instruction for two; it is made only where its
+    // operand vectors cost no more than the two pairs' do.
     bool can_quad(int p, int q) const {
         if (p == q || !free_pair(p) || !free_pair(q)) return false;
         const Pack &P = packs_[static_cast<size_t>(p)], &Q = packs_[static_cast<size_t>(q)];
@@ -186,7 +186,7 @@ private:
                 for (Operand o : {v.a, v.b})
                     if (o.value != 0 && o.value == u.result) return false;
             }
-        return true;
+        return slack_ < 0 || operand_cost(lanes(p, q)) <= operand_cost(lanes(p)) + operand_cost(lanes(q)) + slack_;
     }
 
     void make_quad(int p, int q) {
@@ -210,9 +210,8 @@ private:
         return l;
     }
 
-    // What the operand vectors of the quad of two pairs would cost.
-    int quad_cost(int p, int q) const {
-        const std::vector<int> l = lanes(p, q);
+    // What the operand vectors of a pack, or of the quad of two pairs, cost.
+    int operand_cost(const std::vector<int>& l) const {
         const Instr& x = code_[static_cast<size_t>(l[0])];
         if (add_class(x.op)) return orient(l).second;
         std::vector<int> a, b;
@@ -266,10 +265,10 @@ private:
             const auto [p, q] = packs_[k].from;
             const std::vector<int> uq = user_packs(q);
             for (int u : user_packs(p)) {
-                int best = -1, least = kMaxQuadCost + 1;
+                int best = -1, least = 1 << 30;
                 for (int v : uq)
                     if (can_quad(u, v))
-                        if (const int c = quad_cost(u, v); c < least) least = c, best = v;
+                        if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
                 if (best >= 0) make_quad(u, best);
             }
             const Instr& x = code_[static_cast<size_t>(packs_[k].in[0])];
@@ -452,6 +451,7 @@ private:
                 if (lane_of_value(v[static_cast<size_t>(l)]) != l) return 1;
             return 0;
         }
+        if (float_sources(v)) return 1;
         return cost(v[0], v[1]) + cost(v[2], v[3]) + 1;
     }
 
@@ -533,8 +533,18 @@ private:
         return "_mm_set_pd(" + b + ", " + a + ")";
     }
 
-    // Four lanes: one quad's lanes in any order take one shuffle; others are
-    // built as two halves and joined.
+    // Whether four float values come two and two from float vectors, which
+    // one shuffle joins.
+    bool float_sources(const std::vector<int>& v) const {
+        for (int x : v)
+            if (x == 0 || type_of(x) != Type::F32 || pack_[static_cast<size_t>(def_.at(x))] < 0) return false;
+        auto pk = [&](int x) { return pack_[static_cast<size_t>(def_.at(x))]; };
+        return pk(v[0]) == pk(v[1]) && pk(v[2]) == pk(v[3]);
+    }
+
+    // Four lanes: one quad's lanes in any order take one shuffle, and so do
+    // float lanes from two vectors and the halves of two double quads; others
+    // are built as two halves and joined.
     std::string raw4(const std::vector<int>& v, Type t) {
         if (std::all_of(v.begin(), v.end(), [](int x) { return x == 0; }))
             return t == Type::F32 ? "_mm_setzero_ps()" : "_mm256_setzero_pd()";
@@ -549,6 +559,23 @@ private:
             if (l[0] < 2 && l[1] < 2 && l[2] >= 2 && l[3] >= 2)  // within each 128-bit half
                 return "_mm256_permute_pd(" + q + ", " + std::to_string((l[0] & 1) | (l[1] & 1) << 1 | (l[2] & 1) << 2 | (l[3] & 1) << 3) + ")";
             return "_mm256_permute4x64_pd(" + q + ", " + std::to_string(imm) + ")";
+        }
+        if (t == Type::F32 && float_sources(v)) {
+            const std::string a = "v" + std::to_string(pack_[static_cast<size_t>(def_.at(v[0]))]),
+                              b = "v" + std::to_string(pack_[static_cast<size_t>(def_.at(v[2]))]);
+            int imm = 0;
+            for (int i = 0; i < 4; ++i) imm |= lane_of_value(v[static_cast<size_t>(i)]) << (2 * i);
+            return "_mm_shuffle_ps(" + a + ", " + b + ", " + std::to_string(imm) + ")";
+        }
+        if (t == Type::F64 && std::all_of(v.begin(), v.end(), [&](int x) { return x != 0 && type_of(x) == Type::F64; })) {
+            const int h0 = half_of(v[0]), h1 = half_of(v[2]);
+            auto whole = [&](int h, int x, int y) {
+                return h >= 0 && packs_[static_cast<size_t>(h / 2)].width == 4 && half_of(y) == h && half_lane(x) == 0 &&
+                       half_lane(y) == 1;
+            };
+            if (whole(h0, v[0], v[1]) && whole(h1, v[2], v[3]))
+                return "_mm256_permute2f128_pd(v" + std::to_string(h0 / 2) + ", v" + std::to_string(h1 / 2) + ", " +
+                       std::to_string((h0 % 2) | (2 + h1 % 2) << 4) + ")";
         }
         const std::string lo = raw(v[0], v[1], t), hi = raw(v[2], v[3], t);
         return t == Type::F32 ? "_mm_movelh_ps(" + lo + ", " + hi + ")" : "_mm256_set_m128d(" + hi + ", " + lo + ")";
@@ -735,6 +762,7 @@ private:
     const std::vector<Instr>& code_;
     const bool single_;
     const bool quads_;
+    const int slack_;  // how much dearer than its pairs' a quad's operands may be; -1: any
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
     std::vector<int> pack_, lane_;
@@ -751,6 +779,47 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
     return SimdPrinter(prog, false).run(ns, packed_share);
 }
 
-std::string print_avx2(const Program& prog, const std::string& ns) { return SimdPrinter(prog, true).run(ns, nullptr); }
+namespace {
+
+// An estimate of the instructions a printed body runs: its intrinsics, less
+// casts and vectors of constants (which cost nothing or a load from memory
+// that an instruction takes as its operand), and its scalar operations.
+int instructions(const std::string& text) {
+    int n = 0;
+    for (size_t at = text.find("_mm"); at != std::string::npos; at = text.find("_mm", at + 3)) {
+        const size_t open = text.find('(', at);
+        const std::string name = text.substr(at, open - at);
+        if (name.find("cast") != std::string::npos || name.find("setzero") != std::string::npos) continue;
+        if (name.find("_set") != std::string::npos && name.find("m128") == std::string::npos) {
+            // Literals only: digits, signs, points, exponents, suffixes;
+            // each argument starts with a digit or a sign (names such as
+            // e12 do not).
+            const size_t close = text.find(')', open);
+            bool literals = text.find_first_not_of("0123456789.-+ef, ", open + 1) >= close;
+            for (size_t i = open + 1; literals && i < close; ++i)
+                if ((text[i - 1] == '(' || text[i - 1] == ' ') && text[i] == 'e') literals = false;
+            if (literals) continue;
+        }
+        ++n;
+    }
+    for (const char* op : {" + ", " - ", " * ", "static_cast<float>("})
+        for (size_t at = text.find(op); at != std::string::npos; at = text.find(op, at + 1)) ++n;
+    return n;
+}
+
+} // namespace
+
+// Which quads pay depends on the shuffles their neighbours need, which the
+// greedy grouping does not see: the body is printed with pairs alone and with
+// quads under each limit, and the one with the fewest instructions is kept.
+std::string print_avx2(const Program& prog, const std::string& ns) {
+    std::string best = SimdPrinter(prog, false).run(ns, nullptr);
+    int least = instructions(best);
+    for (int slack : {-1, 0, 1}) {
+        const std::string text = SimdPrinter(prog, true, slack).run(ns, nullptr);
+        if (const int n = instructions(text); n < least) least = n, best = text;
+    }
+    return best;
+}
 
 } // namespace zg
