@@ -47,11 +47,14 @@ foreach(i RANGE ${_last})
 endforeach()
 # The scalar bodies of the codelets (namespace zam::scalar).
 set(ZAMGEN_BODY_SOURCES ${ZAMGEN_SHARD_SOURCES} ${ZAMGEN_GEN_DIR}/codelets_checked.cpp)
-# Their vector bodies, in half as many files, each compiled once per vector path.
+# Their vector bodies, in half as many files: SSE2 pairs, and AVX2 quads and
+# pairs.
 set(ZAMGEN_VECTOR_SOURCES)
+set(ZAMGEN_AVX2_SOURCES)
 math(EXPR _last "(${ZAMGEN_CODELET_SHARDS} + 1) / 2 - 1")
 foreach(i RANGE ${_last})
   list(APPEND ZAMGEN_VECTOR_SOURCES ${ZAMGEN_GEN_DIR}/vcodelets_${i}.cpp)
+  list(APPEND ZAMGEN_AVX2_SOURCES ${ZAMGEN_GEN_DIR}/vcodelets_avx2_${i}.cpp)
 endforeach()
 # The exported functions, each choosing a body.
 set(ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/codelet_exports.cpp)
@@ -72,7 +75,8 @@ set(ZAMGEN_SURFACE_FILES
 # the rule from running again when nothing changed.
 add_custom_command(
   OUTPUT ${ZAMGEN_GEN_DIR}/codelets.stamp
-  BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_BODY_SOURCES} ${ZAMGEN_VECTOR_SOURCES} ${ZAMGEN_MANIFEST}
+  BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_BODY_SOURCES} ${ZAMGEN_VECTOR_SOURCES} ${ZAMGEN_AVX2_SOURCES}
+             ${ZAMGEN_MANIFEST}
              ${ZAMGEN_SURFACE_FILES}
   COMMAND ${CMAKE_COMMAND} -E make_directory ${ZAMGEN_GEN_DIR}
   COMMAND ${ZAMGEN_CODEGEN} ${ZAMGEN_GEN_DIR} ${ZAMGEN_CODELET_SHARDS} ${ZAMGEN_CHECKED_SIZES}

@@ -1,6 +1,7 @@
 // The vector printer for codelets: pairs of isomorphic instructions share a
 // 128-bit vector, lane 0 and lane 1, each lane performing exactly the
-// operation of its instruction (see print_simd.hpp).
+// operation of its instruction; for AVX2, pairs of such pairs share a 256-bit
+// vector, lanes 0 to 3 (see print_simd.hpp).
 #include "print_simd.hpp"
 
 #include "print_cpp.hpp"
@@ -29,13 +30,22 @@ struct Term {
     bool sub = false;
 };
 
+// Two lanes (a pair) or four (a quad, two pairs side by side).
+struct Pack {
+    std::array<int, 4> in{-1, -1, -1, -1};  // the instruction of each lane
+    int width = 2;
+    std::array<int, 2> from{-1, -1};         // a quad's two pairs
+};
+
 class SimdPrinter {
 public:
-    explicit SimdPrinter(const Program& p) : p_(p), code_(p.code), single_(p.scalar == Type::F32) {}
+    SimdPrinter(const Program& p, bool quads, int slack = -1)
+        : p_(p), code_(p.code), single_(p.scalar == Type::F32), quads_(quads), slack_(slack) {}
 
     std::string run(const std::string& ns, double* packed_share) {
         index();
         pair();
+        if (quads_) quad();
         schedule();
         if (packed_share) *packed_share = share_;
         out_ << "namespace " << ns << " {\n";
@@ -100,7 +110,7 @@ private:
     void make_pack(int u, int v) {
         pack_[u] = pack_[v] = static_cast<int>(packs_.size());
         lane_[u] = 0, lane_[v] = 1;
-        packs_.push_back({u, v});
+        packs_.push_back(Pack{{u, v, -1, -1}, 2, {-1, -1}});
     }
 
     // Seeds: neighbouring loads (a complex element's two parts, or two
@@ -124,7 +134,7 @@ private:
         // vectors first, none that needs both operands built from scalars)
         // and to pairs of its operands.
         for (size_t k = 0; k < packs_.size(); ++k) {
-            const auto [x, y] = packs_[k];
+            const int x = packs_[k].in[0], y = packs_[k].in[1];
             for (int u : users_[static_cast<size_t>(x)]) {
                 int best = -1, least = kMaxPairCost + 1;
                 for (int v : users_[static_cast<size_t>(y)])
@@ -150,13 +160,134 @@ private:
         share_ = ops ? double(packed) / ops : 0.0;
     }
 
+    // ---- Quads: pairs of pairs whose lanes are isomorphic, found as the
+    // pairs are: neighbouring loads and stores seed them, quads extend to
+    // their operands and to the pairs of their users.
+
+    // A pair that has not joined a quad.
+    bool free_pair(int k) const {
+        return k >= 0 && packs_[static_cast<size_t>(k)].width == 2 &&
+               pack_[static_cast<size_t>(packs_[static_cast<size_t>(k)].in[0])] == k;
+    }
+
+    // A quad takes one instruction for two; it is made only where its
+    // operand vectors cost no more than the two pairs' do.
+    bool can_quad(int p, int q) const {
+        if (p == q || !free_pair(p) || !free_pair(q)) return false;
+        const Pack &P = packs_[static_cast<size_t>(p)], &Q = packs_[static_cast<size_t>(q)];
+        const Instr &x = code_[static_cast<size_t>(P.in[0])], &y = code_[static_cast<size_t>(Q.in[0])];
+        if (x.type != y.type || add_class(x.op) != add_class(y.op) || (!add_class(x.op) && x.op != y.op)) return false;
+        // Neither pair may take the other's results.
+        for (int i : {P.in[0], P.in[1]})
+            for (int j : {Q.in[0], Q.in[1]}) {
+                const Instr &u = code_[static_cast<size_t>(i)], &v = code_[static_cast<size_t>(j)];
+                for (Operand o : {u.a, u.b})
+                    if (o.value != 0 && o.value == v.result) return false;
+                for (Operand o : {v.a, v.b})
+                    if (o.value != 0 && o.value == u.result) return false;
+            }
+        return slack_ < 0 || operand_cost(lanes(p, q)) <= operand_cost(lanes(p)) + operand_cost(lanes(q)) + slack_;
+    }
+
+    void make_quad(int p, int q) {
+        const int k = static_cast<int>(packs_.size());
+        const Pack &P = packs_[static_cast<size_t>(p)], &Q = packs_[static_cast<size_t>(q)];
+        const Pack quad{{P.in[0], P.in[1], Q.in[0], Q.in[1]}, 4, {p, q}};
+        for (int l = 0; l < 4; ++l) {
+            pack_[static_cast<size_t>(quad.in[static_cast<size_t>(l)])] = k;
+            lane_[static_cast<size_t>(quad.in[static_cast<size_t>(l)])] = l;
+        }
+        packs_.push_back(quad);
+    }
+
+    // The lanes' instructions of a pack, or of two pairs side by side.
+    std::vector<int> lanes(int p, int q = -1) const {
+        std::vector<int> l;
+        for (int k : {p, q})
+            if (k >= 0)
+                for (int w = 0; w < packs_[static_cast<size_t>(k)].width; ++w)
+                    l.push_back(packs_[static_cast<size_t>(k)].in[static_cast<size_t>(w)]);
+        return l;
+    }
+
+    // What the operand vectors of a pack, or of the quad of two pairs, cost.
+    int operand_cost(const std::vector<int>& l) const {
+        const Instr& x = code_[static_cast<size_t>(l[0])];
+        if (add_class(x.op)) return orient(l).second;
+        std::vector<int> a, b;
+        for (int i : l) a.push_back(code_[static_cast<size_t>(i)].a.value), b.push_back(code_[static_cast<size_t>(i)].b.value);
+        return cost_of(a) + (binary(x) ? cost_of(b) : 0);
+    }
+
+    // The pair whose lanes hold a pair's operands (a or b), in either order.
+    int operand_pair(int p, bool b) const {
+        const Pack& P = packs_[static_cast<size_t>(p)];
+        const Instr &x = code_[static_cast<size_t>(P.in[0])], &y = code_[static_cast<size_t>(P.in[1])];
+        const int u = b ? x.b.value : x.a.value, v = b ? y.b.value : y.a.value;
+        if (u == 0 || v == 0 || u == v) return -1;
+        const int k = pack_[static_cast<size_t>(def_.at(u))];
+        return k >= 0 && k == pack_[static_cast<size_t>(def_.at(v))] ? k : -1;
+    }
+
+    // The packs holding users of a pair's results, each once.
+    std::vector<int> user_packs(int p) const {
+        std::vector<int> r;
+        for (int i : lanes(p))
+            for (int u : users_[static_cast<size_t>(i)])
+                if (const int k = pack_[static_cast<size_t>(u)]; k >= 0 && std::find(r.begin(), r.end(), k) == r.end())
+                    r.push_back(k);
+        return r;
+    }
+
+    void quad() {
+        const size_t first = packs_.size();
+        // Pairs of loads or of stored values, four neighbouring slots from a
+        // multiple of four.
+        std::map<int, int> loads, stores;
+        for (size_t k = 0; k < first; ++k) {
+            const Instr &x = code_[static_cast<size_t>(packs_[k].in[0])], &y = code_[static_cast<size_t>(packs_[k].in[1])];
+            if (x.op == Opcode::Load && y.slot == x.slot + 1) loads[x.slot] = static_cast<int>(k);
+        }
+        std::map<int, int> store_at;
+        for (size_t i = 0; i < code_.size(); ++i)
+            if (code_[i].op == Opcode::Store) store_at[code_[i].slot] = static_cast<int>(i);
+        for (const auto& [slot, i] : store_at) {
+            if (slot % 2 != 0 || !store_at.count(slot + 1)) continue;
+            const int a = code_[static_cast<size_t>(i)].a.value, b = code_[static_cast<size_t>(store_at[slot + 1])].a.value;
+            if (a == 0 || b == 0) continue;
+            const size_t u = static_cast<size_t>(def_[a]), v = static_cast<size_t>(def_[b]);
+            if (pack_[u] >= 0 && pack_[u] == pack_[v] && lane_[u] == 0 && lane_[v] == 1) stores[slot] = pack_[u];
+        }
+        for (const std::map<int, int>* seeds : {&loads, &stores})
+            for (const auto& [slot, k] : *seeds)
+                if (slot % 4 == 0 && seeds->count(slot + 2) && can_quad(k, seeds->at(slot + 2))) make_quad(k, seeds->at(slot + 2));
+        for (size_t k = first; k < packs_.size(); ++k) {
+            const auto [p, q] = packs_[k].from;
+            const std::vector<int> uq = user_packs(q);
+            for (int u : user_packs(p)) {
+                int best = -1, least = 1 << 30;
+                for (int v : uq)
+                    if (can_quad(u, v))
+                        if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
+                if (best >= 0) make_quad(u, best);
+            }
+            const Instr& x = code_[static_cast<size_t>(packs_[k].in[0])];
+            if (x.op == Opcode::Load) continue;
+            for (bool b : {false, true}) {
+                if (b && !binary(x)) break;
+                const int op = operand_pair(p, b), oq = operand_pair(q, b);
+                if (op >= 0 && oq >= 0 && can_quad(op, oq)) make_quad(op, oq);
+            }
+        }
+    }
+
     // ---- Schedule: packs and single instructions in an order that respects
     // every dependence; a pack that closes a cycle is split again.
 
     struct Unit {
         int pack = -1;  // or
         int instr = -1;
-        int store_pair = -1;  // a second store emitted with `instr`
+        std::vector<int> more;  // the neighbouring stores emitted with `instr`
     };
 
     void schedule() {
@@ -171,19 +302,25 @@ private:
                 Unit u;
                 if (pack_[i] >= 0) {
                     u.pack = pack_[i];
-                    unit_of[static_cast<size_t>(packs_[static_cast<size_t>(u.pack)][0])] = static_cast<int>(units.size());
-                    unit_of[static_cast<size_t>(packs_[static_cast<size_t>(u.pack)][1])] = static_cast<int>(units.size());
+                    for (int j : lanes(u.pack)) unit_of[static_cast<size_t>(j)] = static_cast<int>(units.size());
                 } else {
                     u.instr = static_cast<int>(i);
                     unit_of[i] = static_cast<int>(units.size());
                     const Instr& in = code_[i];
-                    if (in.op == Opcode::Store && in.slot % 2 == 0 && store_at.count(in.slot + 1)) {
-                        const int j = store_at[in.slot + 1];
-                        if (unit_of[static_cast<size_t>(j)] < 0 && code_[static_cast<size_t>(j)].mode == in.mode) {
-                            u.store_pair = j;
-                            unit_of[static_cast<size_t>(j)] = static_cast<int>(units.size());
+                    // Two (or, for quads, four) neighbouring stores with the same scaling.
+                    for (int w : {quads_ ? 4 : 2, 2}) {
+                        if (in.op != Opcode::Store || in.slot % w != 0) continue;
+                        for (int d = 1; d < w; ++d) {
+                            const auto j = store_at.find(in.slot + d);
+                            if (j == store_at.end() || unit_of[static_cast<size_t>(j->second)] >= 0 ||
+                                code_[static_cast<size_t>(j->second)].mode != in.mode)
+                                break;
+                            u.more.push_back(j->second);
                         }
+                        if (static_cast<int>(u.more.size()) == w - 1) break;
+                        u.more.clear();
                     }
+                    for (int j : u.more) unit_of[static_cast<size_t>(j)] = static_cast<int>(units.size());
                 }
                 units.push_back(u);
             }
@@ -210,22 +347,66 @@ private:
                     if (--waiting[static_cast<size_t>(n)] == 0) ready.push(n);
             }
             if (order_.size() == units.size()) return;
-            // A cycle: split every pack left unscheduled and try again.
+            // A cycle: split every quad left unscheduled into its pairs, or
+            // if there is none, every pair, and try again.
+            bool quads_left = false;
             for (size_t k = 0; k < units.size(); ++k)
+                if (waiting[k] > 0 && units[k].pack >= 0 && packs_[static_cast<size_t>(units[k].pack)].width == 4) {
+                    quads_left = true;
+                    for (int p : packs_[static_cast<size_t>(units[k].pack)].from)
+                        for (int l = 0; l < 2; ++l) {
+                            const size_t i = static_cast<size_t>(packs_[static_cast<size_t>(p)].in[static_cast<size_t>(l)]);
+                            pack_[i] = p, lane_[i] = l;
+                        }
+                }
+            for (size_t k = 0; k < units.size() && !quads_left; ++k)
                 if (waiting[k] > 0 && units[k].pack >= 0)
-                    for (int i : packs_[static_cast<size_t>(units[k].pack)]) pack_[static_cast<size_t>(i)] = -1;
+                    for (int i : lanes(units[k].pack)) pack_[static_cast<size_t>(i)] = -1;
         }
     }
 
     // ---- Printing -----------------------------------------------------------
 
     static const char* c_type(Type t) { return t == Type::F32 ? "float" : "double"; }
-    std::string vtype(Type t) const { return t == Type::F32 ? "__m128" : "__m128d"; }
+    // Float data fill at most one 128-bit vector; double vectors hold two
+    // lanes or, as quads, four.
+    static std::string vtype(Type t, size_t w) { return t == Type::F32 ? "__m128" : w == 4 ? "__m256d" : "__m128d"; }
+    // The intrinsic `op` (add, sub, mul, xor, setzero, set1) for type t and width w, up to its "(".
+    static std::string intr(const char* op, Type t, size_t w) {
+        return std::string(t == Type::F64 && w == 4 ? "_mm256_" : "_mm_") + op + (t == Type::F32 ? "_ps(" : "_pd(");
+    }
 
     Type type_of(int value) const {
         return value == 0 ? p_.scalar : code_[static_cast<size_t>(def_.at(value))].type;
     }
-    int pack_of_value(int value) const { return value == 0 ? -1 : pack_[static_cast<size_t>(def_.at(value))]; }
+    Type pack_type(int k) const { return code_[static_cast<size_t>(packs_[static_cast<size_t>(k)].in[0])].type; }
+
+    // The 128-bit vector that holds a value (2k for pair k, 2k + h for half h
+    // of quad k; -1 for a scalar), the value's lane in it, and its expression.
+    int half_of(int value) const {
+        if (value == 0) return -1;
+        const size_t i = static_cast<size_t>(def_.at(value));
+        const int k = pack_[i];
+        if (k < 0) return -1;
+        return packs_[static_cast<size_t>(k)].width == 2 ? 2 * k : 2 * k + lane_[i] / 2;
+    }
+    int half_lane(int value) const { return lane_[static_cast<size_t>(def_.at(value))] % 2; }
+    std::string half_name(int h) const {
+        const int k = h / 2;
+        const std::string v = "v" + std::to_string(k);
+        if (packs_[static_cast<size_t>(k)].width == 2) return v;
+        if (pack_type(k) == Type::F32) return h % 2 ? "_mm_movehl_ps(" + v + ", " + v + ")" : v;
+        return h % 2 ? "_mm256_extractf128_pd(" + v + ", 1)" : "_mm256_castpd256_pd128(" + v + ")";
+    }
+    // The quad holding all of the values, or -1.
+    int quad_of(const std::vector<int>& v) const {
+        if (v.size() != 4 || v[0] == 0) return -1;
+        const int k = pack_[static_cast<size_t>(def_.at(v[0]))];
+        if (k < 0 || packs_[static_cast<size_t>(k)].width != 4) return -1;
+        for (int x : v)
+            if (x == 0 || pack_[static_cast<size_t>(def_.at(x))] != k) return -1;
+        return k;
+    }
     int lane_of_value(int value) const { return lane_[static_cast<size_t>(def_.at(value))]; }
 
     std::string literal(double v, Type t) const {
@@ -235,11 +416,11 @@ private:
     // A value as a scalar of its type: a name, or a lane taken out of its vector.
     std::string scalar(int value) {
         if (value == 0) return single_ ? "0.0f" : "0.0";
-        const int k = pack_of_value(value);
-        if (k < 0) return names_.at(value);
+        const int h = half_of(value);
+        if (h < 0) return names_.at(value);
         if (auto it = extracted_.find(value); it != extracted_.end()) return it->second;
-        const std::string v = "v" + std::to_string(k), nm = "e" + std::to_string(value);
-        const bool hi = lane_of_value(value) == 1;
+        const std::string v = half_name(h), nm = "e" + std::to_string(value);
+        const bool hi = half_lane(value) == 1;
         if (type_of(value) == Type::F32)
             out_ << "    const float " << nm << " = _mm_cvtss_f32(" << (hi ? "_mm_shuffle_ps(" + v + ", " + v + ", 1)" : v)
                  << ");\n";
@@ -253,26 +434,70 @@ private:
     // How costly a vector of the two values is (0 when a vector holds them).
     int cost(int v0, int v1) const {
         if (v0 == 0 && v1 == 0) return 0;
-        const int p0 = v0 ? pack_of_value(v0) : -2, p1 = v1 ? pack_of_value(v1) : -2;
-        if (p0 >= 0 && p0 == p1) return lane_of_value(v0) == 0 && lane_of_value(v1) == 1 ? 0 : 1;
+        const int p0 = v0 ? half_of(v0) : -2, p1 = v1 ? half_of(v1) : -2;
+        if (p0 >= 0 && p0 == p1) return half_lane(v0) == 0 && half_lane(v1) == 1 ? 0 : 1;
         if (v0 == v1 && p0 >= 0) return 1;
         if (p0 >= 0 && p1 >= 0 && type_of(v0) == type_of(v1)) return 1;
         return 3;
     }
 
-    // The vector of two operands in type t, negations applied.
-    std::string vec(Operand o0, Operand o1, Type t) {
-        std::string x = raw(o0.value, o1.value, t);
-        if (o0.neg || o1.neg) {
-            if (t == Type::F32)
-                x = "_mm_xor_ps(" + x + ", _mm_setr_ps(" + (o0.neg ? "-0.0f" : "0.0f") + ", " +
-                    (o1.neg ? "-0.0f" : "0.0f") + ", 0.0f, 0.0f))";
-            else
-                x = "_mm_xor_pd(" + x + ", _mm_set_pd(" + (o1.neg ? "-0.0" : "0.0") + ", " + (o0.neg ? "-0.0" : "0.0") +
-                    "))";
+    // The same for two or four values: four from one quad cost a shuffle if
+    // out of order, others their halves and one more to join them.
+    int cost_of(const std::vector<int>& v) const {
+        if (v.size() == 2) return cost(v[0], v[1]);
+        if (std::all_of(v.begin(), v.end(), [](int x) { return x == 0; })) return 0;
+        if (quad_of(v) >= 0) {
+            for (int l = 0; l < 4; ++l)
+                if (lane_of_value(v[static_cast<size_t>(l)]) != l) return 1;
+            return 0;
         }
-        return x;
+        if (float_sources(v)) return 1;
+        return cost(v[0], v[1]) + cost(v[2], v[3]) + 1;
     }
+
+    // The lanes of a sum or difference oriented for the cheapest operand
+    // vectors, and what those cost.
+    std::pair<std::vector<Term>, int> orient(const std::vector<int>& l) const {
+        const size_t w = l.size();
+        std::vector<Term> best;
+        int least = 1 << 30;
+        for (unsigned o = 0; o < (1u << w); ++o) {
+            std::vector<Term> t;
+            std::vector<int> a, b;
+            for (size_t i = 0; i < w; ++i) {
+                const Instr& x = code_[static_cast<size_t>(l[i])];
+                Term m{x.a, x.b, x.op == Opcode::Sub};
+                if (o >> i & 1) {
+                    if (m.sub) break;
+                    std::swap(m.a, m.b);
+                }
+                t.push_back(m);
+                a.push_back(m.a.value), b.push_back(m.b.value);
+            }
+            if (t.size() < w) continue;
+            if (const int c = cost_of(a) + cost_of(b); c < least) least = c, best = t;
+        }
+        return {best, least};
+    }
+
+    // The vector of two or four operands in type t, negations applied.
+    std::string vec(const std::vector<Operand>& o, Type t) {
+        std::vector<int> v;
+        for (Operand x : o) v.push_back(x.value);
+        std::string x = v.size() == 4 ? raw4(v, t) : raw(v[0], v[1], t);
+        if (std::none_of(o.begin(), o.end(), [](Operand y) { return y.neg; })) return x;
+        auto sign = [&](size_t i) -> std::string {
+            const bool n = i < o.size() && o[i].neg;
+            return t == Type::F32 ? (n ? "-0.0f" : "0.0f") : (n ? "-0.0" : "0.0");
+        };
+        if (t == Type::F32)
+            return "_mm_xor_ps(" + x + ", _mm_setr_ps(" + sign(0) + ", " + sign(1) + ", " + sign(2) + ", " + sign(3) + "))";
+        if (o.size() == 4)
+            return "_mm256_xor_pd(" + x + ", _mm256_setr_pd(" + sign(0) + ", " + sign(1) + ", " + sign(2) + ", " + sign(3) +
+                   "))";
+        return "_mm_xor_pd(" + x + ", _mm_set_pd(" + sign(1) + ", " + sign(0) + "))";
+    }
+    std::string vec(Operand o0, Operand o1, Type t) { return vec(std::vector<Operand>{o0, o1}, t); }
 
     std::string widen(const std::string& x, Type from, Type to) const {
         return from == Type::F32 && to == Type::F64 ? "_mm_cvtps_pd(" + x + ")" : x;
@@ -280,24 +505,24 @@ private:
 
     std::string raw(int v0, int v1, Type t) {
         if (v0 == 0 && v1 == 0) return t == Type::F32 ? "_mm_setzero_ps()" : "_mm_setzero_pd()";
-        const int p0 = v0 ? pack_of_value(v0) : -2, p1 = v1 ? pack_of_value(v1) : -2;
+        const int p0 = v0 ? half_of(v0) : -2, p1 = v1 ? half_of(v1) : -2;
         const Type s0 = type_of(v0), s1 = type_of(v1);
         if (s0 == s1 && (s0 == t || (s0 == Type::F32 && t == Type::F64))) {
-            const std::string a = p0 >= 0 ? "v" + std::to_string(p0) : "", b = p1 >= 0 ? "v" + std::to_string(p1) : "";
-            if (p0 >= 0 && p0 == p1 && lane_of_value(v0) == 0 && lane_of_value(v1) == 1) return widen(a, s0, t);
+            const std::string a = p0 >= 0 ? half_name(p0) : "", b = p1 >= 0 ? half_name(p1) : "";
+            if (p0 >= 0 && p0 == p1 && half_lane(v0) == 0 && half_lane(v1) == 1) return widen(a, s0, t);
             if (p0 >= 0 && p0 == p1 && v0 != v1) {  // the lanes swapped
                 return widen(s0 == Type::F32 ? "_mm_shuffle_ps(" + a + ", " + a + ", 0xE1)"
                                              : "_mm_shuffle_pd(" + a + ", " + a + ", 1)",
                              s0, t);
             }
             if (p0 >= 0 && v0 == v1) {  // one lane in both
-                const bool hi = lane_of_value(v0) == 1;
+                const bool hi = half_lane(v0) == 1;
                 return widen(s0 == Type::F32 ? "_mm_shuffle_ps(" + a + ", " + a + (hi ? ", 0x55)" : ", 0x00)")
                                              : (hi ? "_mm_unpackhi_pd(" : "_mm_unpacklo_pd(") + a + ", " + a + ")",
                              s0, t);
             }
             if (p0 >= 0 && p1 >= 0) {
-                const int l0 = lane_of_value(v0), l1 = lane_of_value(v1);
+                const int l0 = half_lane(v0), l1 = half_lane(v1);
                 if (s0 == Type::F64) return "_mm_shuffle_pd(" + a + ", " + b + ", " + std::to_string(l0 | (l1 << 1)) + ")";
                 auto at0 = [](const std::string& x, int l) { return l ? "_mm_shuffle_ps(" + x + ", " + x + ", 1)" : x; };
                 return widen("_mm_unpacklo_ps(" + at0(a, l0) + ", " + at0(b, l1) + ")", s0, t);
@@ -308,11 +533,63 @@ private:
         return "_mm_set_pd(" + b + ", " + a + ")";
     }
 
+    // Whether four float values come two and two from float vectors, which
+    // one shuffle joins.
+    bool float_sources(const std::vector<int>& v) const {
+        for (int x : v)
+            if (x == 0 || type_of(x) != Type::F32 || pack_[static_cast<size_t>(def_.at(x))] < 0) return false;
+        auto pk = [&](int x) { return pack_[static_cast<size_t>(def_.at(x))]; };
+        return pk(v[0]) == pk(v[1]) && pk(v[2]) == pk(v[3]);
+    }
+
+    // Four lanes: one quad's lanes in any order take one shuffle, and so do
+    // float lanes from two vectors and the halves of two double quads; others
+    // are built as two halves and joined.
+    std::string raw4(const std::vector<int>& v, Type t) {
+        if (std::all_of(v.begin(), v.end(), [](int x) { return x == 0; }))
+            return t == Type::F32 ? "_mm_setzero_ps()" : "_mm256_setzero_pd()";
+        if (t == Type::F64 && std::all_of(v.begin(), v.end(), [&](int x) { return x != 0 && type_of(x) == Type::F32; }))
+            return "_mm256_cvtps_pd(" + raw4(v, Type::F32) + ")";
+        if (const int k = quad_of(v); k >= 0 && pack_type(k) == t) {
+            const std::string q = "v" + std::to_string(k);
+            int l[4], imm = 0;
+            for (int i = 0; i < 4; ++i) l[i] = lane_of_value(v[static_cast<size_t>(i)]), imm |= l[i] << (2 * i);
+            if (imm == 0xE4) return q;
+            if (t == Type::F32) return "_mm_shuffle_ps(" + q + ", " + q + ", " + std::to_string(imm) + ")";
+            if (l[0] < 2 && l[1] < 2 && l[2] >= 2 && l[3] >= 2)  // within each 128-bit half
+                return "_mm256_permute_pd(" + q + ", " + std::to_string((l[0] & 1) | (l[1] & 1) << 1 | (l[2] & 1) << 2 | (l[3] & 1) << 3) + ")";
+            return "_mm256_permute4x64_pd(" + q + ", " + std::to_string(imm) + ")";
+        }
+        if (t == Type::F32 && float_sources(v)) {
+            const std::string a = "v" + std::to_string(pack_[static_cast<size_t>(def_.at(v[0]))]),
+                              b = "v" + std::to_string(pack_[static_cast<size_t>(def_.at(v[2]))]);
+            int imm = 0;
+            for (int i = 0; i < 4; ++i) imm |= lane_of_value(v[static_cast<size_t>(i)]) << (2 * i);
+            return "_mm_shuffle_ps(" + a + ", " + b + ", " + std::to_string(imm) + ")";
+        }
+        if (t == Type::F64 && std::all_of(v.begin(), v.end(), [&](int x) { return x != 0 && type_of(x) == Type::F64; })) {
+            const int h0 = half_of(v[0]), h1 = half_of(v[2]);
+            auto whole = [&](int h, int x, int y) {
+                return h >= 0 && packs_[static_cast<size_t>(h / 2)].width == 4 && half_of(y) == h && half_lane(x) == 0 &&
+                       half_lane(y) == 1;
+            };
+            if (whole(h0, v[0], v[1]) && whole(h1, v[2], v[3]))
+                return "_mm256_permute2f128_pd(v" + std::to_string(h0 / 2) + ", v" + std::to_string(h1 / 2) + ", " +
+                       std::to_string((h0 % 2) | (2 + h1 % 2) << 4) + ")";
+        }
+        const std::string lo = raw(v[0], v[1], t), hi = raw(v[2], v[3], t);
+        return t == Type::F32 ? "_mm_movelh_ps(" + lo + ", " + hi + ")" : "_mm256_set_m128d(" + hi + ", " + lo + ")";
+    }
+
     void emit(const Unit& u) {
-        if (u.pack >= 0) return emit_pack(packs_[static_cast<size_t>(u.pack)], u.pack);
+        if (u.pack >= 0) return emit_pack(u.pack);
         const Instr& in = code_[static_cast<size_t>(u.instr)];
         if (in.op == Opcode::Store) {
-            if (u.store_pair >= 0) return emit_store_pair(in, code_[static_cast<size_t>(u.store_pair)]);
+            if (!u.more.empty()) {
+                std::vector<const Instr*> s{&in};
+                for (int j : u.more) s.push_back(&code_[static_cast<size_t>(j)]);
+                return emit_stores(s);
+            }
             return emit_scalar_store(in);
         }
         emit_scalar(in);
@@ -365,25 +642,34 @@ private:
         out_ << "    zam::store<" << c_type(p_.scalar) << ">(out, " << in.slot << ", " << v << ");\n";
     }
 
-    // Two neighbouring stores with the same scaling as one vector store.
-    void emit_store_pair(const Instr& x, const Instr& y) {
-        const Type t0 = x.a.value ? type_of(x.a.value) : p_.scalar, t1 = y.a.value ? type_of(y.a.value) : p_.scalar;
-        if (t0 != t1 || x.mode == Store::ZeroConst) {
-            emit_scalar_store(x);
-            emit_scalar_store(y);
+    // Two or four neighbouring stores with the same scaling as one vector store.
+    void emit_stores(const std::vector<const Instr*>& s) {
+        const size_t w = s.size();
+        const Instr& x = *s[0];
+        const Type t0 = x.a.value ? type_of(x.a.value) : p_.scalar;
+        bool same = x.mode != Store::ZeroConst;
+        for (const Instr* y : s) same &= (y->a.value ? type_of(y->a.value) : p_.scalar) == t0;
+        if (!same) {
+            if (w == 4) {
+                emit_stores({s[0], s[1]});
+                emit_stores({s[2], s[3]});
+            } else {
+                for (const Instr* y : s) emit_scalar_store(*y);
+            }
             return;
         }
         // The type the scalar expression computes in.
         Type t = t0;
         const bool dbl = x.mode == Store::DoubleScale || x.mode == Store::DoubleZeroMinus;
         if (dbl) t = Type::F64;
-        std::string v = vec(x.a, y.a, t);
+        std::vector<Operand> o;
+        for (const Instr* y : s) o.push_back(y->a);
+        std::string v = vec(o, t);
         const bool f = t == Type::F32;
-        const std::string mul = f ? "_mm_mul_ps(" : "_mm_mul_pd(", sub = f ? "_mm_sub_ps(" : "_mm_sub_pd(";
-        const std::string zero = f ? "_mm_setzero_ps()" : "_mm_setzero_pd()";
+        const std::string mul = intr("mul", t, w), sub = intr("sub", t, w), zero = intr("setzero", t, w) + ")";
         std::string sv;
         if (f) sv = "_mm_set1_ps(s)";
-        else sv = single_ ? "_mm_set1_pd(static_cast<double>(s))" : "_mm_set1_pd(s)";
+        else sv = intr("set1", t, w) + (single_ ? "static_cast<double>(s))" : "s)");
         switch (x.mode) {
         case Store::Plain:
         case Store::DoubleScale: v = mul + v + ", " + sv + ")"; break;
@@ -391,76 +677,96 @@ private:
         case Store::DoubleZeroMinus: v = sub + zero + ", " + mul + sv + ", " + v + "))"; break;
         default: break;
         }
+        const std::string at = "out + " + std::to_string(x.slot);
         if (single_) {
-            if (!f) v = "_mm_cvtpd_ps(" + v + ")";
-            out_ << "    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + " << x.slot << "), _mm_castps_si128(" << v
-                 << "));\n";
+            if (!f) v = (w == 4 ? "_mm256_cvtpd_ps(" : "_mm_cvtpd_ps(") + v + ")";
+            if (w == 4)
+                out_ << "    _mm_storeu_ps(" << at << ", " << v << ");\n";
+            else
+                out_ << "    _mm_storel_epi64(reinterpret_cast<__m128i*>(" << at << "), _mm_castps_si128(" << v << "));\n";
         } else {
-            out_ << "    _mm_storeu_pd(out + " << x.slot << ", " << v << ");\n";
+            out_ << (w == 4 ? "    _mm256_storeu_pd(" : "    _mm_storeu_pd(") << at << ", " << v << ");\n";
         }
-        if (y.slot != x.slot + 1) throw std::logic_error("store pair");
+        for (size_t i = 1; i < w; ++i)
+            if (s[i]->slot != x.slot + static_cast<int>(i)) throw std::logic_error("store group");
     }
 
-    void emit_pack(const std::array<int, 2>& pk, int k) {
-        const Instr &x = code_[static_cast<size_t>(pk[0])], &y = code_[static_cast<size_t>(pk[1])];
+    void emit_pack(int k) {
+        const std::vector<int> l = lanes(k);
+        const size_t w = l.size();
+        auto lane = [&](size_t i) -> const Instr& { return code_[static_cast<size_t>(l[i])]; };
+        const Instr& x = lane(0);
         const Type t = x.type;
         const bool f = t == Type::F32;
         const std::string nm = "v" + std::to_string(k);
+        auto operands = [&](bool b, bool keep_sign) {
+            std::vector<Operand> o;
+            for (size_t i = 0; i < w; ++i) o.push_back(b ? lane(i).b : Operand{lane(i).a.value, keep_sign && lane(i).a.neg});
+            return o;
+        };
         std::string expr;
         if (x.op == Opcode::Load) {
-            if (y.slot == x.slot + 1)
-                expr = f ? "_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(in + " +
-                               std::to_string(x.slot) + ")))"
-                         : "_mm_loadu_pd(in + " + std::to_string(x.slot) + ")";
+            bool next = true;
+            std::string list;
+            for (size_t i = 0; i < w; ++i) {
+                next &= lane(i).slot == x.slot + static_cast<int>(i);
+                list += (i ? ", in[" : "in[") + std::to_string(lane(i).slot) + "]";
+            }
+            const std::string at = "in + " + std::to_string(x.slot);
+            if (w == 4 && next) {
+                expr = (f ? "_mm_loadu_ps(" : "_mm256_loadu_pd(") + at + ")";
+            } else if (w == 4 && lane(1).slot == x.slot + 1 && lane(3).slot == lane(2).slot + 1) {  // two neighbouring pairs
+                const std::string hi = "in + " + std::to_string(lane(2).slot);
+                expr = f ? "_mm_loadh_pi(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(" + at +
+                               "))), reinterpret_cast<const __m64*>(" + hi + "))"
+                         : "_mm256_set_m128d(_mm_loadu_pd(" + hi + "), _mm_loadu_pd(" + at + "))";
+            } else if (w == 4) {
+                expr = (f ? "_mm_setr_ps(" : "_mm256_setr_pd(") + list + ")";
+            } else if (next)
+                expr = f ? "_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(" + at + ")))"
+                         : "_mm_loadu_pd(" + at + ")";
             else
-                expr = f ? "_mm_setr_ps(in[" + std::to_string(x.slot) + "], in[" + std::to_string(y.slot) + "], 0.0f, 0.0f)"
-                         : "_mm_set_pd(in[" + std::to_string(y.slot) + "], in[" + std::to_string(x.slot) + "])";
+                expr = f ? "_mm_setr_ps(in[" + std::to_string(x.slot) + "], in[" + std::to_string(lane(1).slot) + "], 0.0f, 0.0f)"
+                         : "_mm_set_pd(in[" + std::to_string(lane(1).slot) + "], in[" + std::to_string(x.slot) + "])";
         } else if (add_class(x.op)) {
-            // Orient the sums for the cheapest operand vectors.
-            Term best[2];
-            int least = 1 << 30;
-            for (int o = 0; o < 4; ++o) {
-                Term a{x.a, x.b, x.op == Opcode::Sub}, b{y.a, y.b, y.op == Opcode::Sub};
-                if (o & 1) {
-                    if (a.sub) continue;
-                    std::swap(a.a, a.b);
-                }
-                if (o & 2) {
-                    if (b.sub) continue;
-                    std::swap(b.a, b.b);
-                }
-                const int c = cost(a.a.value, b.a.value) + cost(a.b.value, b.b.value);
-                if (c < least) least = c, best[0] = a, best[1] = b;
+            const std::vector<Term> best = orient(l).first;
+            const bool all_sub = std::all_of(best.begin(), best.end(), [](const Term& m) { return m.sub; });
+            std::vector<Operand> A, B;
+            for (const Term& m : best) {
+                A.push_back(m.a);
+                B.push_back(m.b);
+                if (!all_sub) B.back().neg ^= m.sub;
             }
-            Operand rb0 = best[0].b, rb1 = best[1].b;
-            const bool both_sub = best[0].sub && best[1].sub;
-            if (!both_sub) {
-                rb0.neg ^= best[0].sub;
-                rb1.neg ^= best[1].sub;
-            }
-            const std::string A = vec(best[0].a, best[1].a, t), B = vec(rb0, rb1, t);
-            expr = std::string(both_sub ? (f ? "_mm_sub_ps(" : "_mm_sub_pd(") : (f ? "_mm_add_ps(" : "_mm_add_pd(")) + A +
-                   ", " + B + ")";
+            const std::string a = vec(A, t), b = vec(B, t);
+            expr = intr(all_sub ? "sub" : "add", t, w) + a + ", " + b + ")";
         } else if (x.op == Opcode::MulConst) {
-            const double c0 = x.a.neg ? -x.constant : x.constant, c1 = y.a.neg ? -y.constant : y.constant;
-            const std::string A = vec(Operand{x.a.value, false}, Operand{y.a.value, false}, t);
-            expr = f ? "_mm_mul_ps(" + A + ", _mm_setr_ps(" + literal(c0, t) + ", " + literal(c1, t) + ", 0.0f, 0.0f))"
-                     : "_mm_mul_pd(_mm_set_pd(" + literal(c1, t) + ", " + literal(c0, t) + "), " + A + ")";
+            std::vector<std::string> c;
+            for (size_t i = 0; i < w; ++i) c.push_back(literal(lane(i).a.neg ? -lane(i).constant : lane(i).constant, t));
+            const std::string A = vec(operands(false, false), t);
+            if (f)
+                expr = "_mm_mul_ps(" + A + ", _mm_setr_ps(" + c[0] + ", " + c[1] + ", " + (w == 4 ? c[2] : "0.0f") + ", " +
+                       (w == 4 ? c[3] : "0.0f") + "))";
+            else if (w == 4)
+                expr = "_mm256_mul_pd(_mm256_setr_pd(" + c[0] + ", " + c[1] + ", " + c[2] + ", " + c[3] + "), " + A + ")";
+            else
+                expr = "_mm_mul_pd(_mm_set_pd(" + c[1] + ", " + c[0] + "), " + A + ")";
         } else if (x.op == Opcode::Mul) {
-            expr = std::string(f ? "_mm_mul_ps(" : "_mm_mul_pd(") + vec(x.a, y.a, t) + ", " + vec(x.b, y.b, t) + ")";
+            expr = intr("mul", t, w) + vec(operands(false, true), t) + ", " + vec(operands(true, true), t) + ")";
         } else {  // Round
-            expr = "_mm_cvtpd_ps(" + vec(x.a, y.a, Type::F64) + ")";
+            expr = (w == 4 ? "_mm256_cvtpd_ps(" : "_mm_cvtpd_ps(") + vec(operands(false, true), Type::F64) + ")";
         }
-        out_ << "    const " << vtype(t) << ' ' << nm << " = " << expr << ";\n";
+        out_ << "    const " << vtype(t, w) << ' ' << nm << " = " << expr << ";\n";
     }
 
     const Program& p_;
     const std::vector<Instr>& code_;
     const bool single_;
+    const bool quads_;
+    const int slack_;  // how much dearer than its pairs' a quad's operands may be; -1: any
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
     std::vector<int> pack_, lane_;
-    std::vector<std::array<int, 2>> packs_;
+    std::vector<Pack> packs_;
     std::vector<Unit> order_;
     double share_ = 0;
     std::map<int, std::string> names_, extracted_;
@@ -470,7 +776,50 @@ private:
 } // namespace
 
 std::string print_simd(const Program& prog, const std::string& ns, double* packed_share) {
-    return SimdPrinter(prog).run(ns, packed_share);
+    return SimdPrinter(prog, false).run(ns, packed_share);
+}
+
+namespace {
+
+// An estimate of the instructions a printed body runs: its intrinsics, less
+// casts and vectors of constants (which cost nothing or a load from memory
+// that an instruction takes as its operand), and its scalar operations.
+int instructions(const std::string& text) {
+    int n = 0;
+    for (size_t at = text.find("_mm"); at != std::string::npos; at = text.find("_mm", at + 3)) {
+        const size_t open = text.find('(', at);
+        const std::string name = text.substr(at, open - at);
+        if (name.find("cast") != std::string::npos || name.find("setzero") != std::string::npos) continue;
+        if (name.find("_set") != std::string::npos && name.find("m128") == std::string::npos) {
+            // Literals only: digits, signs, points, exponents, suffixes;
+            // each argument starts with a digit or a sign (names such as
+            // e12 do not).
+            const size_t close = text.find(')', open);
+            bool literals = text.find_first_not_of("0123456789.-+ef, ", open + 1) >= close;
+            for (size_t i = open + 1; literals && i < close; ++i)
+                if ((text[i - 1] == '(' || text[i - 1] == ' ') && text[i] == 'e') literals = false;
+            if (literals) continue;
+        }
+        ++n;
+    }
+    for (const char* op : {" + ", " - ", " * ", "static_cast<float>("})
+        for (size_t at = text.find(op); at != std::string::npos; at = text.find(op, at + 1)) ++n;
+    return n;
+}
+
+} // namespace
+
+// Which quads pay depends on the shuffles their neighbours need, which the
+// greedy grouping does not see: the body is printed with pairs alone and with
+// quads under each limit, and the one with the fewest instructions is kept.
+std::string print_avx2(const Program& prog, const std::string& ns) {
+    std::string best = SimdPrinter(prog, false).run(ns, nullptr);
+    int least = instructions(best);
+    for (int slack : {-1, 0, 1}) {
+        const std::string text = SimdPrinter(prog, true, slack).run(ns, nullptr);
+        if (const int n = instructions(text); n < least) least = n, best = text;
+    }
+    return best;
 }
 
 } // namespace zg

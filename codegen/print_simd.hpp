@@ -26,4 +26,13 @@ namespace zg {
 // that run in pairs.
 std::string print_simd(const Program& prog, const std::string& ns, double* packed_share = nullptr);
 
+// The same for AVX2: pairs whose lanes are isomorphic instruction for
+// instruction are grouped further into quads, found as pairs are
+// (neighbouring loads and stores seed them, quads extend to their operands
+// and to their users by the cheapest operand vectors), and run in 256-bit
+// double vectors; single-precision quads keep their data in the four lanes
+// of a float vector, widened for products and narrowed where the scalar code
+// rounds.  Pairs without a partner stay 128-bit, lone instructions scalar.
+std::string print_avx2(const Program& prog, const std::string& ns);
+
 } // namespace zg

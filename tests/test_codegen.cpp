@@ -3,6 +3,7 @@
 // are pinned by the checksum and operation-count baselines.
 #include "lower.hpp"
 #include "print_cpp.hpp"
+#include "print_simd.hpp"
 #include "recipes/families.hpp"
 #include "recipes/transforms.hpp"
 #include "surface.hpp"
@@ -142,6 +143,31 @@ TEST(CodegenLower, KeepsTheInstructionListWellFormed) {
                 }
                 EXPECT_TRUE(storing);
             }
+        }
+    }
+}
+
+// The AVX2 bodies of the power-of-two complex transforms run in quads (four
+// double lanes, or four float lanes widened for products and narrowed once
+// per rounding); the SSE2 bodies use no AVX, and neither uses a fused
+// multiply-add.  That the lanes give the scalar bits is CodeletPaths' part.
+TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
+    Planner planner;
+    const Family& f = families().front();
+    ASSERT_TRUE(f.complex_elements);
+    for (int n : {8, 16, 32, 64}) {
+        const CodeletGraph c = build_codelet(planner, f, n);
+        for (Precision p : {Precision::Single, Precision::Double}) {
+            const Program prog =
+                lower(c, {codelet_name(f, n, p), element_type(f, p), f.complex_elements, f.rule, length_of(f, n)}, p);
+            const std::string pairs = print_simd(prog, "ns"), quads = print_avx2(prog, "ns");
+            SCOPED_TRACE(prog.sig.function);
+            EXPECT_EQ(pairs.find("_mm256"), std::string::npos);
+            EXPECT_NE(quads.find(p == Precision::Double ? "_mm256_add_pd(" : "_mm_loadu_ps("), std::string::npos);
+            if (p == Precision::Single && n > 8) {
+                EXPECT_NE(quads.find("_mm256_cvtpd_ps("), std::string::npos);
+            }
+            for (const std::string* text : {&pairs, &quads}) EXPECT_EQ(text->find("_fm"), std::string::npos);
         }
     }
 }
