@@ -5,6 +5,9 @@
 // runs against FFmpeg's MDCT (avtx/dct4/...).
 //
 //   zamgen-bench [--family=wht,complex,real,hartley,dct4] [Google Benchmark options]
+//
+// Families: wht, complex_fwd, complex_inv, real_fwd_ccs|pack|perm,
+// real_inv_ccs|pack|perm, hartley, dct4; --family takes name prefixes.
 #include "zamgen.h"
 #include "zamcore.h"
 
@@ -21,6 +24,7 @@ extern "C" {  // FFmpeg's headers declare C functions without a guard of their o
 #include <functional>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -90,24 +94,31 @@ void wht(ZamStatus (*entry)(const T*, T*, int32_t, uint32_t, uint8_t*),
     }
 }
 
+// The complex DFT forward or inverse (FFTW's sign -1 or +1), unnormalised.
 template <class T, class C>
-void complex_dft(ZamStatus (*dispatcher)(const C*, C*, int32_t, uint32_t)) {
+void complex_dft(const char* family, ZamStatus (*dispatcher)(const C*, C*, int32_t, uint32_t), int sign) {
     for (int n = 2; n <= 64; ++n)
-        pair<T>("complex", n, 2 * static_cast<size_t>(n),
+        pair<T>(family, n, 2 * static_cast<size_t>(n),
                 [=](T* in, T* out) { dispatcher(reinterpret_cast<C*>(in), reinterpret_cast<C*>(out), n, ZAM_NODIV_BY_ANY); },
                 [=](T* in, T* out) {
                     using X = typename Fftw<T>::Complex;
-                    return Fftw<T>::dft_1d(n, reinterpret_cast<X*>(in), reinterpret_cast<X*>(out), FFTW_FORWARD,
-                                           FFTW_MEASURE);
+                    return Fftw<T>::dft_1d(n, reinterpret_cast<X*>(in), reinterpret_cast<X*>(out), sign, FFTW_MEASURE);
                 });
 }
 
+// The real DFT forward into one of the three packed layouts, or back from it.
+// FFTW's peer is its real-to-complex (or complex-to-real) plan for every
+// layout: the same transform, with the spectrum in FFTW's own layout.  Its
+// complex-to-real plans may use their input as scratch (its fastest plans at
+// 23 of these lengths do), so ours runs first, on the untouched input.
 template <class T>
-void real_dft(ZamStatus (*dispatcher)(const T*, T*, int32_t, uint32_t)) {
+void real_dft(const char* family, ZamStatus (*dispatcher)(const T*, T*, int32_t, uint32_t), bool forward) {
     for (int n = 2; n <= 64; ++n)
-        pair<T>("real", n, static_cast<size_t>(n) + 2, [=](T* in, T* out) { dispatcher(in, out, n, ZAM_NODIV_BY_ANY); },
+        pair<T>(family, n, static_cast<size_t>(n) + 2, [=](T* in, T* out) { dispatcher(in, out, n, ZAM_NODIV_BY_ANY); },
                 [=](T* in, T* out) {
-                    return Fftw<T>::r2c_1d(n, in, reinterpret_cast<typename Fftw<T>::Complex*>(out), FFTW_MEASURE);
+                    using X = typename Fftw<T>::Complex;
+                    return forward ? Fftw<T>::r2c_1d(n, in, reinterpret_cast<X*>(out), FFTW_MEASURE)
+                                   : Fftw<T>::c2r_1d(n, reinterpret_cast<X*>(in), out, FFTW_MEASURE);
                 });
 }
 
@@ -167,19 +178,42 @@ int main(int argc, char** argv) {
         if (std::strncmp(argv[i], "--family=", 9) == 0) families = argv[i] + 9;
         else rest.push_back(argv[i]);
     }
-    auto wanted = [&](const char* f) { return ("," + families + ",").find(std::string(",") + f + ",") != std::string::npos; };
+    // A family is wanted when its name starts with one of the names given:
+    // "real" runs all six real families, "complex" both directions.
+    auto wanted = [&](const std::string& f) {
+        for (size_t at = 0; at <= families.size();) {
+            size_t end = families.find(',', at);
+            if (end == std::string::npos) end = families.size();
+            if (end > at && f.compare(0, end - at, families, at, end - at) == 0) return true;
+            at = end + 1;
+        }
+        return false;
+    };
     if (wanted("wht")) {
         wht<float>(zamgWHT_32f, zamgWHTGetBufferSize_32f);
         wht<double>(zamgWHT_64f, zamgWHTGetBufferSize_64f);
     }
-    if (wanted("complex")) {
-        complex_dft<float, Zam32fc>(zamgDFTFwd_CToC_32fc);
-        complex_dft<double, Zam64fc>(zamgDFTFwd_CToC_64fc);
-    }
-    if (wanted("real")) {
-        real_dft<float>(zamgDFTFwd_RToCCS_32f);
-        real_dft<double>(zamgDFTFwd_RToCCS_64f);
-    }
+    using Complex32 = ZamStatus (*)(const Zam32fc*, Zam32fc*, int32_t, uint32_t);
+    using Complex64 = ZamStatus (*)(const Zam64fc*, Zam64fc*, int32_t, uint32_t);
+    for (auto [family, f32, f64, sign] :
+         {std::tuple<const char*, Complex32, Complex64, int>{"complex_fwd", zamgDFTFwd_CToC_32fc, zamgDFTFwd_CToC_64fc, FFTW_FORWARD},
+          {"complex_inv", zamgDFTInv_CToC_32fc, zamgDFTInv_CToC_64fc, FFTW_BACKWARD}})
+        if (wanted(family)) {
+            complex_dft<float, Zam32fc>(family, f32, sign);
+            complex_dft<double, Zam64fc>(family, f64, sign);
+        }
+    using Real32 = ZamStatus (*)(const float*, float*, int32_t, uint32_t);
+    using Real64 = ZamStatus (*)(const double*, double*, int32_t, uint32_t);
+    for (auto [family, f32, f64, forward] : {std::tuple<const char*, Real32, Real64, bool>{"real_fwd_ccs", zamgDFTFwd_RToCCS_32f, zamgDFTFwd_RToCCS_64f, true},
+                                             {"real_fwd_pack", zamgDFTFwd_RToPack_32f, zamgDFTFwd_RToPack_64f, true},
+                                             {"real_fwd_perm", zamgDFTFwd_RToPerm_32f, zamgDFTFwd_RToPerm_64f, true},
+                                             {"real_inv_ccs", zamgDFTInv_CCSToR_32f, zamgDFTInv_CCSToR_64f, false},
+                                             {"real_inv_pack", zamgDFTInv_PackToR_32f, zamgDFTInv_PackToR_64f, false},
+                                             {"real_inv_perm", zamgDFTInv_PermToR_32f, zamgDFTInv_PermToR_64f, false}})
+        if (wanted(family)) {
+            real_dft<float>(family, f32, forward);
+            real_dft<double>(family, f64, forward);
+        }
     if (wanted("hartley")) {
         hartley<float>(zamgHartley_32f);
         hartley<double>(zamgHartley_64f);
