@@ -98,6 +98,25 @@ def first_line(cmd):
         return "unknown"
 
 
+def code_sizes(build):
+    """Bytes of machine code in the shared library per path: the functions of
+    namespace zam::scalar, zam::sse2, zam::avx2, ... and the rest (exports,
+    dispatchers, the Walsh-Hadamard and DCT-IV drivers); empty without nm."""
+    lib = os.path.join(build, "lib", "libzamgenmx.so")
+    try:
+        out = subprocess.run(["nm", "-S", "-C", "--defined-only", lib], capture_output=True, text=True,
+                             check=True).stdout
+    except (OSError, subprocess.CalledProcessError):
+        return {}
+    sizes = defaultdict(int)
+    for line in out.splitlines():
+        parts = line.split(" ", 3)
+        if len(parts) == 4 and parts[2] in "tT":
+            m = re.match(r"zam::(scalar|sse2|avx2|avx512)::", parts[3])
+            sizes[m.group(1) if m else "other"] += int(parts[1], 16)
+    return dict(sizes)
+
+
 def describe_machine(build, accuracy_log):
     """What the numbers were measured on, gathered now."""
     cpu, cpus = "unknown", 0
@@ -120,6 +139,7 @@ def describe_machine(build, accuracy_log):
     m = re.search(r"peer (\S+)", accuracy_log or "")
     fftw = m.group(1).rstrip(",") if m else "FFTW " + first_line(["pkg-config", "--modversion", "fftw3"])
     return {
+        "sizes": code_sizes(build),
         "cpu": cpu,
         "cpus": cpus,
         "system": f"{platform.system()} {platform.release()}",
@@ -345,6 +365,16 @@ def report(acc, speed, ffmpeg, machine, context):
     if ffmpeg:
         w(f"- DCT-IV peer: FFmpeg's libavutil {machine.get('avutil', 'unknown')} (Debian's `libavutil-dev`)")
     w(f"- Google Benchmark: library built as {context.get('library_build_type', 'unknown')}\n")
+
+    sizes = machine.get("sizes")
+    if sizes:
+        w("## Library size\n")
+        w("Machine code of `libzamgenmx.so` per path (the functions each path's bodies compile to; the rest are the "
+          "exported entries, the dispatchers and the drivers of the Walsh–Hadamard transform and the DCT-IV):\n")
+        w("| code | MB |\n|---|---|")
+        for name, size in sorted(sizes.items(), key=lambda t: -t[1]):
+            w(f"| {name} | {size / 1e6:.1f} |")
+        w(f"| total | {sum(sizes.values()) / 1e6:.1f} |\n")
 
     # Headline.
     w("## In short\n")
