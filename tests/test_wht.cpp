@@ -190,6 +190,8 @@ void expect_paths_match_scalar()
 
 TEST(Wht, EveryVectorPathGivesTheScalarBits)
 {
+    std::printf("Walsh-Hadamard vector paths compared with the scalar one: sse2%s%s\n",
+                zam::path_supported(zam::Path::Avx2) ? ", avx2" : "", zam::path_supported(zam::Path::Avx512) ? ", avx512" : "");
     expect_paths_match_scalar<float>();
     expect_paths_match_scalar<double>();
 }
