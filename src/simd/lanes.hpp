@@ -202,6 +202,39 @@ ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, 
 #ifdef __AVX512F__
 // 512-bit vectors: loads, stores and the in-vector butterflies of the
 // Walsh-Hadamard passes only.
+//
+// The stages at spans 1 .. n/2 inside two vectors x and y at once (double
+// precision, where it saves a few per cent over butterfly<H>): each
+// stage gathers the lower points a of all pairs into one vector and their
+// partners b into another, in the same order (two-source permutations), and
+// computes a + b and a - b for all of them; the sums and differences are the
+// next stage's vectors, and a last pair of permutations puts every point
+// back in place.  Per stage and vector: one permutation and one sum or
+// difference.  The index tables follow every point through the stages:
+// gather[s] and partner[s] give the slot (vector * n + lane) that stage s
+// reads the lower points and their partners from, place[v] the slot each
+// lane of result v comes from.
+template <class I, int n>
+struct PairedStages {
+    static constexpr int stages = n == 8 ? 3 : n == 4 ? 2 : 1;
+    alignas(64) I gather[stages][n] = {}, partner[stages][n] = {}, place[2][n] = {};
+    constexpr PairedStages()
+    {
+        int slot[2 * n] = {};  // point -> slot
+        for (int e = 0; e < 2 * n; ++e) slot[e] = e;
+        for (int s = 0, h = 1; h < n; h *= 2, ++s) {
+            int next[2 * n] = {}, i = 0;
+            for (int e = 0; e < 2 * n; ++e)
+                if (!(e & h)) {
+                    gather[s][i] = I(slot[e]), partner[s][i] = I(slot[e + h]);
+                    next[e] = i, next[e + h] = n + i, ++i;
+                }
+            for (int e = 0; e < 2 * n; ++e) slot[e] = next[e];
+        }
+        for (int l = 0; l < 2 * n; ++l) place[l / n][l % n] = I(slot[l]);
+    }
+};
+
 struct F32x16 {
     using T = float;
     static constexpr int n = 16;
@@ -245,6 +278,18 @@ struct F64x8 {
                                  : _mm512_shuffle_f64x2(x.v, x.v, 0x4e);
         constexpr __mmask8 upper = H == 1 ? 0xaa : H == 2 ? 0xcc : 0xf0;
         return F64x8(_mm512_mask_sub_pd(_mm512_add_pd(x.v, t), upper, t, x.v));
+    }
+    static void butterflies(F64x8& x, F64x8& y)
+    {
+        static constexpr PairedStages<long long, 8> p{};
+        const auto index = [](const long long* i) { return _mm512_load_si512(i); };
+        __m512d u = x.v, w = y.v;
+        for (int s = 0; s < p.stages; ++s) {
+            const __m512d a = _mm512_permutex2var_pd(u, index(p.gather[s]), w);
+            const __m512d b = _mm512_permutex2var_pd(u, index(p.partner[s]), w);
+            u = _mm512_add_pd(a, b), w = _mm512_sub_pd(a, b);
+        }
+        x.v = _mm512_permutex2var_pd(u, index(p.place[0]), w), y.v = _mm512_permutex2var_pd(u, index(p.place[1]), w);
     }
 };
 inline F64x8 operator+(F64x8 a, F64x8 b) { return F64x8(_mm512_add_pd(a.v, b.v)); }

@@ -3,6 +3,9 @@
 // and everything it defines lives in its own namespace: no function body is
 // shared with another path.
 #define ZAM_PATH avx512
+// GCC 12 takes the _mm512_undefined_* operand inside some AVX-512 intrinsics
+// (_mm512_permute_ps, _mm512_shuffle_f32x4) for an uninitialised variable.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #include "simd/lanes.hpp"
 #include "wht/network.hpp"
 

@@ -10,8 +10,9 @@
 // - a row pass loads K neighbouring vectors, runs the stages whose span is
 //   below the vector length inside each vector (the vector is swapped with
 //   itself in pairs at that span; the sum goes to the lower lane of each pair
-//   and the difference a - b, in that order, to the upper one), then the next
-//   log2 K stages across the vectors;
+//   and the difference a - b, in that order, to the upper one; or, where the
+//   vector type has it, V::butterflies on two vectors at once), then the
+//   next log2 K stages across the vectors;
 // - column passes run the later stages across vectors at the stride of the
 //   stage, lane l in column l, as the scalar column blocks do.
 //
@@ -59,8 +60,15 @@ void rows(const typename V::T* src, typename V::T* dst, ptrdiff_t blocks, V s)
     constexpr ptrdiff_t n = V::n;
     for (ptrdiff_t b = 0; b < blocks; ++b, src += K * n, dst += K * n) {
         V x[K];
+        if constexpr (requires { V::butterflies(x[0], x[1]); }) {
 #pragma GCC unroll 64
-        for (int k = 0; k < K; ++k) x[k] = within(V::load(src + k * n));
+            for (int k = 0; k < K; ++k) x[k] = V::load(src + k * n);
+#pragma GCC unroll 64
+            for (int k = 0; k < K; k += 2) V::butterflies(x[k], x[k + 1]);
+        } else {
+#pragma GCC unroll 64
+            for (int k = 0; k < K; ++k) x[k] = within(V::load(src + k * n));
+        }
         across<V, K>(x);
 #pragma GCC unroll 64
         for (int k = 0; k < K; ++k) V::store(dst + k * n, Scale ? x[k] * s : x[k]);
