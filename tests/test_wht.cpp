@@ -153,31 +153,47 @@ TEST(Wht, OrderOneWithSqrtFlagIsTheScaledButterfly) {
 namespace {
 
 // Every vector path this processor runs gives the scalar passes' bits, for
-// orders 8 to 13 in both precisions, in place too (source and destination
-// the same array, as the exported functions allow).
+// orders 8 to 13 in both precisions and the scale of every flag, in place too
+// (source and destination the same array, as the exported functions allow);
+// and the exported functions (the widest path) give them with the caller's
+// buffer and without one.
 template <class T>
 void expect_paths_match_scalar()
 {
-    for (zam::Path p : {zam::Path::Sse2, zam::Path::Avx2}) {
-        if (!zam::path_supported(p)) continue;
-        for (int order = 8; order <= 13; ++order) {
-            const size_t n = size_t{1} << order;
-            std::vector<T> work(n + 1024);
-            for (const std::vector<T>& x : zt::path_inputs<T>(n, uint64_t(order))) {
-                const T s = T(0.5);
-                std::vector<T> want(n), got(n), same = x;
+    const Orders<T>& o = orders<T>();
+    for (int order = 8; order <= 13; ++order) {
+        const size_t n = size_t{1} << order;
+        std::vector<T> work(n + 1024);
+        int32_t bytes = 0;
+        ASSERT_EQ(o.size(order, &bytes), ZAM_STS_OK);
+        GuardedBytes buffer(static_cast<size_t>(bytes));
+        for (const std::vector<T>& x : zt::path_inputs<T>(n, uint64_t(order)))
+            for (uint32_t flag : kFlags) {
+                const T s = expected_scale<T>(static_cast<int>(n), flag, 0);
+                std::vector<T> want(n), got(n);
                 zam::wht::run_passes(zam::Path::Scalar, order, x.data(), want.data(), s, work.data());
-                zam::wht::run_passes(p, order, x.data(), got.data(), s, work.data());
-                EXPECT_TRUE(zt::same_results(got, want)) << "order " << order << ", path " << int(p);
-                zam::wht::run_passes(p, order, same.data(), same.data(), s, work.data());
-                EXPECT_TRUE(zt::same_results(same, want)) << "in place, order " << order << ", path " << int(p);
+                for (zam::Path p : {zam::Path::Sse2, zam::Path::Avx2, zam::Path::Avx512}) {
+                    if (!zam::path_supported(p)) continue;
+                    // A path that says it needs no work buffer gets none.
+                    T* const w = zam::wht::uses_work(p) ? work.data() : nullptr;
+                    zam::wht::run_passes(p, order, x.data(), got.data(), s, w);
+                    EXPECT_TRUE(zt::same_results(got, want)) << "order " << order << ", path " << int(p);
+                    got = x;
+                    zam::wht::run_passes(p, order, got.data(), got.data(), s, w);
+                    EXPECT_TRUE(zt::same_results(got, want)) << "in place, order " << order << ", path " << int(p);
+                }
+                for (uint8_t* b : {buffer.data(), static_cast<uint8_t*>(nullptr)}) {
+                    ASSERT_EQ(o.codelet[order](x.data(), got.data(), flag, b), ZAM_STS_OK);
+                    EXPECT_TRUE(zt::same_results(got, want)) << "order " << order << (b ? "" : " without a buffer");
+                }
             }
-        }
     }
 }
 
 TEST(Wht, EveryVectorPathGivesTheScalarBits)
 {
+    std::printf("Walsh-Hadamard vector paths compared with the scalar one: sse2%s%s\n",
+                zam::path_supported(zam::Path::Avx2) ? ", avx2" : "", zam::path_supported(zam::Path::Avx512) ? ", avx512" : "");
     expect_paths_match_scalar<float>();
     expect_paths_match_scalar<double>();
 }

@@ -133,6 +133,16 @@ struct F32x8 {
     static void store(float* p, F32x8 a) { _mm256_storeu_ps(p, a.v); }
     static void store_rev(float* p, F32x8 a) { _mm256_storeu_ps(p - 7, reverse(a.v)); }
     ZAM_LANE_ROWS(F32x8)
+    // Lane j of a pair at span H (j below j + H): a + b in the lower lane,
+    // a - b in the upper one, a = lane j, b = lane j + H.
+    template <int H>
+    static F32x8 butterfly(F32x8 x)
+    {
+        const __m256 t = H == 1 ? _mm256_permute_ps(x.v, 0xb1)
+                       : H == 2 ? _mm256_permute_ps(x.v, 0x4e)
+                                : _mm256_permute2f128_ps(x.v, x.v, 0x01);
+        return F32x8(_mm256_blend_ps(_mm256_add_ps(x.v, t), _mm256_sub_ps(t, x.v), H == 1 ? 0xaa : H == 2 ? 0xcc : 0xf0));
+    }
     static void transpose(const F32x8* r, F32x8* t)
     {
         const __m256 a0 = _mm256_unpacklo_ps(r[0].v, r[1].v), a1 = _mm256_unpackhi_ps(r[0].v, r[1].v);
@@ -169,6 +179,12 @@ struct F64x4 {
     static void store(double* p, F64x4 a) { _mm256_storeu_pd(p, a.v); }
     static void store_rev(double* p, F64x4 a) { _mm256_storeu_pd(p - 3, reverse(a.v)); }
     ZAM_LANE_ROWS(F64x4)
+    template <int H>
+    static F64x4 butterfly(F64x4 x)
+    {
+        const __m256d t = H == 1 ? _mm256_permute_pd(x.v, 0x5) : _mm256_permute2f128_pd(x.v, x.v, 0x01);
+        return F64x4(_mm256_blend_pd(_mm256_add_pd(x.v, t), _mm256_sub_pd(t, x.v), H == 1 ? 0xa : 0xc));
+    }
     static void transpose(const F64x4* r, F64x4* t)
     {
         const __m256d a0 = _mm256_unpacklo_pd(r[0].v, r[1].v), a1 = _mm256_unpackhi_pd(r[0].v, r[1].v);
@@ -180,6 +196,105 @@ struct F64x4 {
     }
 };
 ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, _mm256_set1_pd)
+#endif
+
+
+#ifdef __AVX512F__
+// 512-bit vectors: loads, stores and the in-vector butterflies of the
+// Walsh-Hadamard passes only.
+//
+// The stages at spans 1 .. n/2 inside two vectors x and y at once (double
+// precision, where it saves a few per cent over butterfly<H>): each
+// stage gathers the lower points a of all pairs into one vector and their
+// partners b into another, in the same order (two-source permutations), and
+// computes a + b and a - b for all of them; the sums and differences are the
+// next stage's vectors, and a last pair of permutations puts every point
+// back in place.  Per stage and vector: one permutation and one sum or
+// difference.  The index tables follow every point through the stages:
+// gather[s] and partner[s] give the slot (vector * n + lane) that stage s
+// reads the lower points and their partners from, place[v] the slot each
+// lane of result v comes from.
+template <class I, int n>
+struct PairedStages {
+    static constexpr int stages = n == 8 ? 3 : n == 4 ? 2 : 1;
+    alignas(64) I gather[stages][n] = {}, partner[stages][n] = {}, place[2][n] = {};
+    constexpr PairedStages()
+    {
+        int slot[2 * n] = {};  // point -> slot
+        for (int e = 0; e < 2 * n; ++e) slot[e] = e;
+        for (int s = 0, h = 1; h < n; h *= 2, ++s) {
+            int next[2 * n] = {}, i = 0;
+            for (int e = 0; e < 2 * n; ++e)
+                if (!(e & h)) {
+                    gather[s][i] = I(slot[e]), partner[s][i] = I(slot[e + h]);
+                    next[e] = i, next[e + h] = n + i, ++i;
+                }
+            for (int e = 0; e < 2 * n; ++e) slot[e] = next[e];
+        }
+        for (int l = 0; l < 2 * n; ++l) place[l / n][l % n] = I(slot[l]);
+    }
+};
+
+struct F32x16 {
+    using T = float;
+    static constexpr int n = 16;
+    __m512 v;
+    F32x16() = default;
+    explicit F32x16(__m512 x) : v(x) {}
+    explicit F32x16(float c) : v(_mm512_set1_ps(c)) {}
+    static F32x16 load(const float* p) { return F32x16(_mm512_loadu_ps(p)); }
+    static void store(float* p, F32x16 a) { _mm512_storeu_ps(p, a.v); }
+    // The sum in every lane, then the difference a - b written over the
+    // upper lanes of the pairs.
+    template <int H>
+    static F32x16 butterfly(F32x16 x)
+    {
+        const __m512 t = H == 1 ? _mm512_permute_ps(x.v, 0xb1)
+                       : H == 2 ? _mm512_permute_ps(x.v, 0x4e)
+                       : H == 4 ? _mm512_shuffle_f32x4(x.v, x.v, 0xb1)
+                                : _mm512_shuffle_f32x4(x.v, x.v, 0x4e);
+        constexpr __mmask16 upper = H == 1 ? 0xaaaa : H == 2 ? 0xcccc : H == 4 ? 0xf0f0 : 0xff00;
+        return F32x16(_mm512_mask_sub_ps(_mm512_add_ps(x.v, t), upper, t, x.v));
+    }
+};
+inline F32x16 operator+(F32x16 a, F32x16 b) { return F32x16(_mm512_add_ps(a.v, b.v)); }
+inline F32x16 operator-(F32x16 a, F32x16 b) { return F32x16(_mm512_sub_ps(a.v, b.v)); }
+inline F32x16 operator*(F32x16 a, F32x16 b) { return F32x16(_mm512_mul_ps(a.v, b.v)); }
+
+struct F64x8 {
+    using T = double;
+    static constexpr int n = 8;
+    __m512d v;
+    F64x8() = default;
+    explicit F64x8(__m512d x) : v(x) {}
+    explicit F64x8(double c) : v(_mm512_set1_pd(c)) {}
+    static F64x8 load(const double* p) { return F64x8(_mm512_loadu_pd(p)); }
+    static void store(double* p, F64x8 a) { _mm512_storeu_pd(p, a.v); }
+    template <int H>
+    static F64x8 butterfly(F64x8 x)
+    {
+        const __m512d t = H == 1 ? _mm512_permute_pd(x.v, 0x55)
+                        : H == 2 ? _mm512_shuffle_f64x2(x.v, x.v, 0xb1)
+                                 : _mm512_shuffle_f64x2(x.v, x.v, 0x4e);
+        constexpr __mmask8 upper = H == 1 ? 0xaa : H == 2 ? 0xcc : 0xf0;
+        return F64x8(_mm512_mask_sub_pd(_mm512_add_pd(x.v, t), upper, t, x.v));
+    }
+    static void butterflies(F64x8& x, F64x8& y)
+    {
+        static constexpr PairedStages<long long, 8> p{};
+        const auto index = [](const long long* i) { return _mm512_load_si512(i); };
+        __m512d u = x.v, w = y.v;
+        for (int s = 0; s < p.stages; ++s) {
+            const __m512d a = _mm512_permutex2var_pd(u, index(p.gather[s]), w);
+            const __m512d b = _mm512_permutex2var_pd(u, index(p.partner[s]), w);
+            u = _mm512_add_pd(a, b), w = _mm512_sub_pd(a, b);
+        }
+        x.v = _mm512_permutex2var_pd(u, index(p.place[0]), w), y.v = _mm512_permutex2var_pd(u, index(p.place[1]), w);
+    }
+};
+inline F64x8 operator+(F64x8 a, F64x8 b) { return F64x8(_mm512_add_pd(a.v, b.v)); }
+inline F64x8 operator-(F64x8 a, F64x8 b) { return F64x8(_mm512_sub_pd(a.v, b.v)); }
+inline F64x8 operator*(F64x8 a, F64x8 b) { return F64x8(_mm512_mul_pd(a.v, b.v)); }
 #endif
 
 #undef ZAM_LANE_OPS
@@ -196,6 +311,11 @@ template <> struct Wide<double> { using type = F64x4; };
 #else
 template <> struct Wide<float> { using type = F32x4; };
 template <> struct Wide<double> { using type = F64x2; };
+#endif
+#ifdef __AVX512F__
+template <class T> struct Widest;
+template <> struct Widest<float> { using type = F32x16; };
+template <> struct Widest<double> { using type = F64x8; };
 #endif
 
 } // namespace zam::ZAM_PATH

@@ -5,8 +5,7 @@
 #include "simd/lanes.hpp"
 #include "dct4_lanes.hpp"
 #include "dct4/lanes.hpp"
-#include "wht_lanes.hpp"
-#include "wht/lanes.hpp"
+#include "wht/network.hpp"
 
 namespace zam::dct4::avx2 {
 
@@ -23,6 +22,12 @@ template uint32_t stage_groups<double>(const StageArgs<double>&, const double*, 
 } // namespace zam::dct4::avx2
 
 namespace zam::wht::avx2 {
+
+template <class T>
+void large_order(int order, const T* src, T* dst, T s, T*)
+{
+    network_order<typename zam::avx2::Wide<T>::type>(order, src, dst, s);
+}
 
 template void large_order<float>(int, const float*, float*, float, float*);
 template void large_order<double>(int, const double*, double*, double, double*);

@@ -1,5 +1,6 @@
 // The instruction sets the transforms with loops (the Walsh-Hadamard
 // transforms of orders 8 to 13, the DCT-IV) run on, and the choice among them.
+// AVX-512 (F, DQ, BW and VL) serves the Walsh-Hadamard transforms only.
 //
 // The vector paths compute exactly what the scalar code computes, one block
 // or group per lane, so the choice changes the speed only.  It is
@@ -13,7 +14,7 @@
 
 namespace zam {
 
-enum class Path : uint8_t { Scalar, Sse2, Avx2 };
+enum class Path : uint8_t { Scalar, Sse2, Avx2, Avx512 };
 
 // Whether this processor (and its operating system) runs the path.
 inline bool path_supported(Path p) noexcept
@@ -23,6 +24,9 @@ inline bool path_supported(Path p) noexcept
     case Path::Scalar:
     case Path::Sse2: return true;
     case Path::Avx2: return __builtin_cpu_supports("avx2");
+    case Path::Avx512:
+        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+               __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl");
     }
     return false;
 #else
@@ -30,6 +34,7 @@ inline bool path_supported(Path p) noexcept
 #endif
 }
 
+// The best path every family has (AVX2 at most).
 inline Path best_path() noexcept
 {
 #if defined(ZAMGEN_VECTOR_PATHS)
@@ -37,6 +42,13 @@ inline Path best_path() noexcept
 #else
     return Path::Scalar;
 #endif
+}
+
+// The best path of the families that have an AVX-512 path too (the
+// Walsh-Hadamard transforms).
+inline Path widest_path() noexcept
+{
+    return path_supported(Path::Avx512) ? Path::Avx512 : best_path();
 }
 
 } // namespace zam

@@ -60,6 +60,7 @@ void run_passes(Path path, int order, const T* src, T* dst, T s, T* work) noexce
 #if defined(ZAMGEN_VECTOR_PATHS)
     case Path::Sse2: return sse2::large_order(order, src, dst, s, work);
     case Path::Avx2: return avx2::large_order(order, src, dst, s, work);
+    case Path::Avx512: return avx512::large_order(order, src, dst, s, work);
 #endif
     default: break;
     }

@@ -40,10 +40,13 @@ ZamStatus large_order(const T* src, T* dst, uint32_t flag, uint8_t* buffer) noex
                                              static_cast<T>(inv_sqrt_length(Order)), s);
         st != ZAM_STS_OK)
         return st;
+    const zam::Path path = zam::widest_path();
+    const bool allocate = !buffer && zam::wht::uses_work(path);
     T* const work = buffer ? reinterpret_cast<T*>(buffer)
-                           : static_cast<T*>(zamMalloc(static_cast<uint32_t>(sizeof(T)) * buffer_elements(Order)));
-    zam::wht::run_passes(zam::best_path(), Order, src, dst, s, work);
-    if (!buffer) zamFree(work);
+                    : allocate ? static_cast<T*>(zamMalloc(static_cast<uint32_t>(sizeof(T)) * buffer_elements(Order)))
+                               : nullptr;
+    zam::wht::run_passes(path, Order, src, dst, s, work);
+    if (allocate) zamFree(work);
     return ZAM_STS_OK;
 }
 

@@ -1,0 +1,23 @@
+// The Walsh-Hadamard transforms on AVX-512 vectors (16 floats, 8 doubles).
+// This file alone is compiled for that instruction set (src/CMakeLists.txt),
+// and everything it defines lives in its own namespace: no function body is
+// shared with another path.
+#define ZAM_PATH avx512
+// GCC 12 takes the _mm512_undefined_* operand inside some AVX-512 intrinsics
+// (_mm512_permute_ps, _mm512_shuffle_f32x4) for an uninitialised variable.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#include "simd/lanes.hpp"
+#include "wht/network.hpp"
+
+namespace zam::wht::avx512 {
+
+template <class T>
+void large_order(int order, const T* src, T* dst, T s, T*)
+{
+    network_order<typename zam::avx512::Widest<T>::type>(order, src, dst, s);
+}
+
+template void large_order<float>(int, const float*, float*, float, float*);
+template void large_order<double>(int, const double*, double*, double, double*);
+
+} // namespace zam::wht::avx512
