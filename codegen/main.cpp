@@ -54,8 +54,12 @@ struct Unit {
 constexpr double kVectorShare = 0.5;
 
 // The share of the AVX2 body's instructions an AVX-512 body must save to be
-// compiled: each costs compile time and library size.
-constexpr double kAvx512Gain = 0.05;
+// compiled (each costs compile time and library size), and the arithmetic a
+// codelet must have: the small ones run a short chain of dependent
+// instructions, and 512-bit lanes and their shuffles lengthen it (lengths 4
+// to 12 ran 5 to 15% slower with octets, 16 and up 10 to 50% faster).
+constexpr double kAvx512Gain = 0.06;
+constexpr long kAvx512Operations = 128;
 
 // The AVX-512 bodies go to one file for this many codelet files.
 constexpr size_t kShardsPerAvx512File = 8;
@@ -128,7 +132,7 @@ int main(int argc, char** argv) {
                     double gain = 0;
                     const std::string body = zg::print_avx512(prog, "ZAM_VX_NS", &gain, &avx2);
                     u.avx2_source += '\n' + avx2;
-                    if (!body.empty() && gain >= kAvx512Gain) {
+                    if (!body.empty() && gain >= kAvx512Gain && k.muls + k.adds >= kAvx512Operations) {
                         u.avx512_source += '\n' + body;
                         u.avx512_cost += k.muls + k.adds;
                         bodies = 2;
