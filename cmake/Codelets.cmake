@@ -56,6 +56,13 @@ foreach(i RANGE ${_last})
   list(APPEND ZAMGEN_VECTOR_SOURCES ${ZAMGEN_GEN_DIR}/vcodelets_${i}.cpp)
   list(APPEND ZAMGEN_AVX2_SOURCES ${ZAMGEN_GEN_DIR}/vcodelets_avx2_${i}.cpp)
 endforeach()
+# The AVX-512 bodies (octets, quads and pairs) of the codelets that have one,
+# in one file for eight codelet files (kShardsPerAvx512File in codegen/main.cpp).
+set(ZAMGEN_AVX512_SOURCES)
+math(EXPR _last "(${ZAMGEN_CODELET_SHARDS} + 7) / 8 - 1")
+foreach(i RANGE ${_last})
+  list(APPEND ZAMGEN_AVX512_SOURCES ${ZAMGEN_GEN_DIR}/vcodelets_avx512_${i}.cpp)
+endforeach()
 # The exported functions, each choosing a body.
 set(ZAMGEN_GENERATED_SOURCES ${ZAMGEN_GEN_DIR}/codelet_exports.cpp)
 # The straight-line blocks of the larger Walsh-Hadamard transforms.
@@ -76,6 +83,7 @@ set(ZAMGEN_SURFACE_FILES
 add_custom_command(
   OUTPUT ${ZAMGEN_GEN_DIR}/codelets.stamp
   BYPRODUCTS ${ZAMGEN_GENERATED_SOURCES} ${ZAMGEN_BODY_SOURCES} ${ZAMGEN_VECTOR_SOURCES} ${ZAMGEN_AVX2_SOURCES}
+             ${ZAMGEN_AVX512_SOURCES}
              ${ZAMGEN_MANIFEST}
              ${ZAMGEN_SURFACE_FILES}
   COMMAND ${CMAKE_COMMAND} -E make_directory ${ZAMGEN_GEN_DIR}

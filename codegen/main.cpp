@@ -45,11 +45,24 @@ struct Unit {
     bool checked = false;
     std::string vector_source;  // the functions with a vector body (print_simd)
     std::string avx2_source;    // the same functions' AVX2 bodies (print_avx2)
+    std::string avx512_source;  // the AVX-512 bodies of those that have one (print_avx512)
+    long avx512_cost = 0;
 };
 
 // Arithmetic run in vector pairs from which a codelet gets a vector body:
 // below it, the pairs' shuffles cost about what the pairs save.
 constexpr double kVectorShare = 0.5;
+
+// The share of the AVX2 body's instructions an AVX-512 body must save to be
+// compiled (each costs compile time and library size), and the arithmetic a
+// codelet must have: the small ones run a short chain of dependent
+// instructions, and 512-bit lanes and their shuffles lengthen it (lengths 4
+// to 12 ran 5 to 15% slower with octets, 16 and up 10 to 50% faster).
+constexpr double kAvx512Gain = 0.06;
+constexpr long kAvx512Operations = 128;
+
+// The AVX-512 bodies go to one file for this many codelet files.
+constexpr size_t kShardsPerAvx512File = 8;
 
 // The straight-line functions of a hand-written transform, both precisions
 // of each, in a source file and its header under one namespace.
@@ -101,7 +114,7 @@ int main(int argc, char** argv) {
         for (int n = f.first; n <= f.generated_last; ++n) {
             const zg::CodeletGraph c = zg::build_codelet(planner, f, n);
             const zg::OpCounts k = zg::count(c);
-            Unit u{"", k.muls + k.adds, std::find(checked.begin(), checked.end(), n) != checked.end(), "", ""};
+            Unit u{"", k.muls + k.adds, std::find(checked.begin(), checked.end(), n) != checked.end(), "", "", "", 0};
             for (zg::Precision p : {zg::Precision::Single, zg::Precision::Double}) {
                 const zg::Signature sig{zg::codelet_name(f, n, p), zg::element_type(f, p), f.complex_elements, f.rule,
                                         zg::length_of(f, n),
@@ -110,17 +123,27 @@ int main(int argc, char** argv) {
                 u.source += '\n' + zg::print_cpp(prog);
                 double share = 0;
                 const std::string vec = zg::print_simd(prog, "ZAM_VX_NS", &share);
-                const bool vector = share >= kVectorShare;
-                if (vector) {
+                // 0: scalar body only; 1: SSE2 and AVX2 bodies too; 2: and an
+                // AVX-512 body.
+                int bodies = share >= kVectorShare ? 1 : 0;
+                if (bodies) {
                     u.vector_source += '\n' + vec;
-                    u.avx2_source += '\n' + zg::print_avx2(prog, "ZAM_VX_NS");
+                    std::string avx2;
+                    double gain = 0;
+                    const std::string body = zg::print_avx512(prog, "ZAM_VX_NS", &gain, &avx2);
+                    u.avx2_source += '\n' + avx2;
+                    if (!body.empty() && gain >= kAvx512Gain && k.muls + k.adds >= kAvx512Operations) {
+                        u.avx512_source += '\n' + body;
+                        u.avx512_cost += k.muls + k.adds;
+                        bodies = 2;
+                    }
                 }
                 const std::string head = zg::codelet_head(sig);
                 const bool buffered = sig.form == zg::Form::BufferedCodelet;
-                declarations << "ZAM_DECLARE(" << (vector ? 1 : 0) << ", " << head << ")\n";
-                exports << "extern \"C\" " << head << "\n{\n    return ZAM_PICK(" << (vector ? 1 : 0) << ", "
-                        << sig.function << ")(src, dst, flag" << (buffered ? ", buffer" : "") << ");\n}\n";
-                paths << "ZAM_PATHS(" << sig.function << ", " << sig.element << ", " << (vector ? 1 : 0) << ")\n";
+                declarations << "ZAM_DECLARE(" << bodies << ", " << head << ")\n";
+                exports << "extern \"C\" " << head << "\n{\n    return ZAM_PICK(" << bodies << ", " << sig.function
+                        << ")(src, dst, flag" << (buffered ? ", buffer" : "") << ");\n}\n";
+                paths << "ZAM_PATHS(" << sig.function << ", " << sig.element << ", " << bodies << ")\n";
                 const zg::Budget* b = zg::budget_of(f, n);
                 manifest << sig.function << '\t' << n << '\t' << k.muls << '\t' << k.adds << '\t' << k.negs << '\t'
                          << (b ? std::to_string(b->muls) : "-") << '\t' << (b ? std::to_string(b->adds) : "-") << '\t'
@@ -174,11 +197,29 @@ int main(int argc, char** argv) {
         ok &= write_if_changed(dir / ("vcodelets_" + std::to_string(s) + ".cpp"), sse2);
         ok &= write_if_changed(dir / ("vcodelets_avx2_" + std::to_string(s) + ".cpp"), avx2);
     }
+    // The AVX-512 bodies, fewer and larger, spread over their own files by
+    // their operation counts as the codelets are: vcodelets_avx512_<s>.cpp.
+    const size_t avx512_shards = (shards + kShardsPerAvx512File - 1) / kShardsPerAvx512File;
+    std::vector<long> avx512_load(avx512_shards, 0);
+    std::vector<std::vector<size_t>> avx512_members(avx512_shards);
+    for (size_t i : order) {
+        if (units[i].avx512_source.empty()) continue;
+        const size_t s = static_cast<size_t>(std::min_element(avx512_load.begin(), avx512_load.end()) - avx512_load.begin());
+        avx512_load[s] += units[i].avx512_cost;
+        avx512_members[s].push_back(i);
+    }
+    for (size_t s = 0; s < avx512_shards; ++s) {
+        std::string text = "// Generated by zamgen-codegen; do not edit.\n#include \"frame/checks.hpp\"\n\n"
+                           "#include <immintrin.h>\n";
+        std::sort(avx512_members[s].begin(), avx512_members[s].end());
+        for (size_t i : avx512_members[s]) text += units[i].avx512_source;
+        ok &= write_if_changed(dir / ("vcodelets_avx512_" + std::to_string(s) + ".cpp"), text);
+    }
     ok &= write_if_changed(dir / "codelet_paths.hpp",
-                           "// Generated by zamgen-codegen; do not edit.\n// ZAM_DECLARE(has_vector, head) per codelet.\n" +
+                           "// Generated by zamgen-codegen; do not edit.\n// ZAM_DECLARE(bodies, head) per codelet.\n" +
                                declarations.str());
     ok &= write_if_changed(dir / "codelet_paths.inc",
-                           "// Generated by zamgen-codegen; do not edit.\n// ZAM_PATHS(name, element, has_vector)\n" +
+                           "// Generated by zamgen-codegen; do not edit.\n// ZAM_PATHS(name, element, bodies)\n" +
                                paths.str());
     ok &= write_if_changed(dir / "codelet_exports.cpp",
                            "// Generated by zamgen-codegen; do not edit.\n#include \"frame/pick.hpp\"\n\n" + exports.str());

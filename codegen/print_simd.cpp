@@ -30,22 +30,31 @@ struct Term {
     bool sub = false;
 };
 
-// Two lanes (a pair) or four (a quad, two pairs side by side).
+// Two lanes (a pair), four (a quad, two pairs side by side) or eight (an
+// octet, two quads side by side).
 struct Pack {
-    std::array<int, 4> in{-1, -1, -1, -1};  // the instruction of each lane
+    std::array<int, 8> in{-1, -1, -1, -1, -1, -1, -1, -1};  // the instruction of each lane
     int width = 2;
-    std::array<int, 2> from{-1, -1};         // a quad's two pairs
+    std::array<int, 2> from{-1, -1};  // a quad's two pairs, an octet's two quads
 };
 
 class SimdPrinter {
 public:
-    SimdPrinter(const Program& p, bool quads, int slack = -1)
-        : p_(p), code_(p.code), single_(p.scalar == Type::F32), quads_(quads), slack_(slack) {}
+    // `widest` is 2, 4 or 8 lanes; `slack` limits the quads and `slack8` the
+    // octets (see can_group).
+    SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1)
+        : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8} {}
+
+    int octets() const {
+        int n = 0;
+        for (const Unit& u : order_) n += u.pack >= 0 && packs_[static_cast<size_t>(u.pack)].width == 8;
+        return n;
+    }
 
     std::string run(const std::string& ns, double* packed_share) {
         index();
         pair();
-        if (quads_) quad();
+        for (int w = 4; w <= widest_; w *= 2) group(w);
         schedule();
         if (packed_share) *packed_share = share_;
         out_ << "namespace " << ns << " {\n";
@@ -110,7 +119,9 @@ private:
     void make_pack(int u, int v) {
         pack_[u] = pack_[v] = static_cast<int>(packs_.size());
         lane_[u] = 0, lane_[v] = 1;
-        packs_.push_back(Pack{{u, v, -1, -1}, 2, {-1, -1}});
+        Pack pk;
+        pk.in[0] = u, pk.in[1] = v;
+        packs_.push_back(pk);
     }
 
     // Seeds: neighbouring loads (a complex element's two parts, or two
@@ -160,47 +171,53 @@ private:
         share_ = ops ? double(packed) / ops : 0.0;
     }
 
-    // ---- Quads: pairs of pairs whose lanes are isomorphic, found as the
-    // pairs are: neighbouring loads and stores seed them, quads extend to
-    // their operands and to the pairs of their users.
+    // ---- Quads and octets: two packs of half the width whose lanes are
+    // isomorphic, found as the pairs are: neighbouring loads and stores seed
+    // them, and they extend to their operands and to the packs of their users.
 
-    // A pair that has not joined a quad.
-    bool free_pair(int k) const {
-        return k >= 0 && packs_[static_cast<size_t>(k)].width == 2 &&
+    // A pack of w lanes that has not joined a wider one.
+    bool free_pack(int k, int w) const {
+        return k >= 0 && packs_[static_cast<size_t>(k)].width == w &&
                pack_[static_cast<size_t>(packs_[static_cast<size_t>(k)].in[0])] == k;
     }
 
-    // A quad takes one instruction for two; it is made only where its
-    // operand vectors cost no more than the two pairs' do.
-    bool can_quad(int p, int q) const {
-        if (p == q || !free_pair(p) || !free_pair(q)) return false;
-        const Pack &P = packs_[static_cast<size_t>(p)], &Q = packs_[static_cast<size_t>(q)];
-        const Instr &x = code_[static_cast<size_t>(P.in[0])], &y = code_[static_cast<size_t>(Q.in[0])];
+    // A wider pack takes one instruction for two; it is made only where its
+    // operand vectors cost no more than its halves' do, give or take the
+    // slack for its width (-1: any cost).
+    bool can_group(int p, int q, int w) const {
+        if (p == q || !free_pack(p, w / 2) || !free_pack(q, w / 2)) return false;
+        const Instr &x = code_[static_cast<size_t>(packs_[static_cast<size_t>(p)].in[0])],
+                    &y = code_[static_cast<size_t>(packs_[static_cast<size_t>(q)].in[0])];
         if (x.type != y.type || add_class(x.op) != add_class(y.op) || (!add_class(x.op) && x.op != y.op)) return false;
-        // Neither pair may take the other's results.
-        for (int i : {P.in[0], P.in[1]})
-            for (int j : {Q.in[0], Q.in[1]}) {
+        // Neither half may take the other's results.
+        for (int i : lanes(p))
+            for (int j : lanes(q)) {
                 const Instr &u = code_[static_cast<size_t>(i)], &v = code_[static_cast<size_t>(j)];
                 for (Operand o : {u.a, u.b})
                     if (o.value != 0 && o.value == v.result) return false;
                 for (Operand o : {v.a, v.b})
                     if (o.value != 0 && o.value == u.result) return false;
             }
-        return slack_ < 0 || operand_cost(lanes(p, q)) <= operand_cost(lanes(p)) + operand_cost(lanes(q)) + slack_;
+        const int slack = slack_[w == 8 ? 1 : 0];
+        return slack < 0 || operand_cost(lanes(p, q)) <= operand_cost(lanes(p)) + operand_cost(lanes(q)) + slack;
     }
 
-    void make_quad(int p, int q) {
+    void make_group(int p, int q) {
         const int k = static_cast<int>(packs_.size());
         const Pack &P = packs_[static_cast<size_t>(p)], &Q = packs_[static_cast<size_t>(q)];
-        const Pack quad{{P.in[0], P.in[1], Q.in[0], Q.in[1]}, 4, {p, q}};
-        for (int l = 0; l < 4; ++l) {
-            pack_[static_cast<size_t>(quad.in[static_cast<size_t>(l)])] = k;
-            lane_[static_cast<size_t>(quad.in[static_cast<size_t>(l)])] = l;
+        Pack g;
+        g.width = 2 * P.width;
+        g.from = {p, q};
+        for (int l = 0; l < P.width; ++l) g.in[static_cast<size_t>(l)] = P.in[static_cast<size_t>(l)];
+        for (int l = 0; l < Q.width; ++l) g.in[static_cast<size_t>(P.width + l)] = Q.in[static_cast<size_t>(l)];
+        for (int l = 0; l < g.width; ++l) {
+            pack_[static_cast<size_t>(g.in[static_cast<size_t>(l)])] = k;
+            lane_[static_cast<size_t>(g.in[static_cast<size_t>(l)])] = l;
         }
-        packs_.push_back(quad);
+        packs_.push_back(g);
     }
 
-    // The lanes' instructions of a pack, or of two pairs side by side.
+    // The lanes' instructions of a pack, or of two packs side by side.
     std::vector<int> lanes(int p, int q = -1) const {
         std::vector<int> l;
         for (int k : {p, q})
@@ -210,7 +227,7 @@ private:
         return l;
     }
 
-    // What the operand vectors of a pack, or of the quad of two pairs, cost.
+    // What the operand vectors of a pack, or of two packs side by side, cost.
     int operand_cost(const std::vector<int>& l) const {
         const Instr& x = code_[static_cast<size_t>(l[0])];
         if (add_class(x.op)) return orient(l).second;
@@ -219,17 +236,23 @@ private:
         return cost_of(a) + (binary(x) ? cost_of(b) : 0);
     }
 
-    // The pair whose lanes hold a pair's operands (a or b), in either order.
-    int operand_pair(int p, bool b) const {
-        const Pack& P = packs_[static_cast<size_t>(p)];
-        const Instr &x = code_[static_cast<size_t>(P.in[0])], &y = code_[static_cast<size_t>(P.in[1])];
-        const int u = b ? x.b.value : x.a.value, v = b ? y.b.value : y.a.value;
-        if (u == 0 || v == 0 || u == v) return -1;
-        const int k = pack_[static_cast<size_t>(def_.at(u))];
-        return k >= 0 && k == pack_[static_cast<size_t>(def_.at(v))] ? k : -1;
+    // The pack whose lanes hold a pack's operands (a or b), in any order.
+    int operand_pack(int p, bool b) const {
+        int k = -1;
+        std::vector<int> seen;
+        for (int i : lanes(p)) {
+            const Instr& x = code_[static_cast<size_t>(i)];
+            const int u = b ? x.b.value : x.a.value;
+            if (u == 0 || std::find(seen.begin(), seen.end(), u) != seen.end()) return -1;
+            seen.push_back(u);
+            const int ku = pack_[static_cast<size_t>(def_.at(u))];
+            if (ku < 0 || (k >= 0 && ku != k)) return -1;
+            k = ku;
+        }
+        return k;
     }
 
-    // The packs holding users of a pair's results, each once.
+    // The packs holding users of a pack's results, each once.
     std::vector<int> user_packs(int p) const {
         std::vector<int> r;
         for (int i : lanes(p))
@@ -239,44 +262,59 @@ private:
         return r;
     }
 
-    void quad() {
+    // Packs of w lanes grouped from free packs of w / 2.
+    void group(int w) {
+        const int h = w / 2;
         const size_t first = packs_.size();
-        // Pairs of loads or of stored values, four neighbouring slots from a
-        // multiple of four.
+        // Packs of h loads or of h stored values at neighbouring slots, in
+        // lane order, from a multiple of h.
         std::map<int, int> loads, stores;
         for (size_t k = 0; k < first; ++k) {
-            const Instr &x = code_[static_cast<size_t>(packs_[k].in[0])], &y = code_[static_cast<size_t>(packs_[k].in[1])];
-            if (x.op == Opcode::Load && y.slot == x.slot + 1) loads[x.slot] = static_cast<int>(k);
+            if (!free_pack(static_cast<int>(k), h)) continue;
+            const Pack& P = packs_[k];
+            const Instr& x = code_[static_cast<size_t>(P.in[0])];
+            bool next = x.op == Opcode::Load && x.slot % h == 0;
+            for (int l = 1; l < h && next; ++l) next = code_[static_cast<size_t>(P.in[static_cast<size_t>(l)])].slot == x.slot + l;
+            if (next) loads[x.slot] = static_cast<int>(k);
         }
         std::map<int, int> store_at;
         for (size_t i = 0; i < code_.size(); ++i)
             if (code_[i].op == Opcode::Store) store_at[code_[i].slot] = static_cast<int>(i);
         for (const auto& [slot, i] : store_at) {
-            if (slot % 2 != 0 || !store_at.count(slot + 1)) continue;
-            const int a = code_[static_cast<size_t>(i)].a.value, b = code_[static_cast<size_t>(store_at[slot + 1])].a.value;
-            if (a == 0 || b == 0) continue;
-            const size_t u = static_cast<size_t>(def_[a]), v = static_cast<size_t>(def_[b]);
-            if (pack_[u] >= 0 && pack_[u] == pack_[v] && lane_[u] == 0 && lane_[v] == 1) stores[slot] = pack_[u];
+            if (slot % h != 0) continue;
+            int k = -1;
+            for (int l = 0; l < h; ++l) {
+                const auto j = store_at.find(slot + l);
+                const int a = j == store_at.end() ? 0 : code_[static_cast<size_t>(j->second)].a.value;
+                const int ka = a == 0 ? -1 : pack_[static_cast<size_t>(def_[a])];
+                if (ka < 0 || (l > 0 && ka != k) || lane_[static_cast<size_t>(def_[a])] != l) {
+                    k = -1;
+                    break;
+                }
+                k = ka;
+            }
+            if (k >= 0 && free_pack(k, h)) stores[slot] = k;
         }
         for (const std::map<int, int>* seeds : {&loads, &stores})
             for (const auto& [slot, k] : *seeds)
-                if (slot % 4 == 0 && seeds->count(slot + 2) && can_quad(k, seeds->at(slot + 2))) make_quad(k, seeds->at(slot + 2));
+                if (slot % w == 0 && seeds->count(slot + h) && can_group(k, seeds->at(slot + h), w))
+                    make_group(k, seeds->at(slot + h));
         for (size_t k = first; k < packs_.size(); ++k) {
             const auto [p, q] = packs_[k].from;
             const std::vector<int> uq = user_packs(q);
             for (int u : user_packs(p)) {
                 int best = -1, least = 1 << 30;
                 for (int v : uq)
-                    if (can_quad(u, v))
+                    if (can_group(u, v, w))
                         if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
-                if (best >= 0) make_quad(u, best);
+                if (best >= 0) make_group(u, best);
             }
             const Instr& x = code_[static_cast<size_t>(packs_[k].in[0])];
             if (x.op == Opcode::Load) continue;
             for (bool b : {false, true}) {
                 if (b && !binary(x)) break;
-                const int op = operand_pair(p, b), oq = operand_pair(q, b);
-                if (op >= 0 && oq >= 0 && can_quad(op, oq)) make_quad(op, oq);
+                const int op = operand_pack(p, b), oq = operand_pack(q, b);
+                if (op >= 0 && oq >= 0 && can_group(op, oq, w)) make_group(op, oq);
             }
         }
     }
@@ -307,8 +345,9 @@ private:
                     u.instr = static_cast<int>(i);
                     unit_of[i] = static_cast<int>(units.size());
                     const Instr& in = code_[i];
-                    // Two (or, for quads, four) neighbouring stores with the same scaling.
-                    for (int w : {quads_ ? 4 : 2, 2}) {
+                    // Two, four or eight (at most as many as the widest pack)
+                    // neighbouring stores with the same scaling.
+                    for (int w = widest_; w >= 2; w /= 2) {
                         if (in.op != Opcode::Store || in.slot % w != 0) continue;
                         for (int d = 1; d < w; ++d) {
                             const auto j = store_at.find(in.slot + d);
@@ -347,33 +386,41 @@ private:
                     if (--waiting[static_cast<size_t>(n)] == 0) ready.push(n);
             }
             if (order_.size() == units.size()) return;
-            // A cycle: split every quad left unscheduled into its pairs, or
-            // if there is none, every pair, and try again.
-            bool quads_left = false;
+            // A cycle: split the widest packs left unscheduled into their
+            // halves (pairs into single instructions), and try again.
+            int widest = 0;
             for (size_t k = 0; k < units.size(); ++k)
-                if (waiting[k] > 0 && units[k].pack >= 0 && packs_[static_cast<size_t>(units[k].pack)].width == 4) {
-                    quads_left = true;
-                    for (int p : packs_[static_cast<size_t>(units[k].pack)].from)
-                        for (int l = 0; l < 2; ++l) {
-                            const size_t i = static_cast<size_t>(packs_[static_cast<size_t>(p)].in[static_cast<size_t>(l)]);
-                            pack_[i] = p, lane_[i] = l;
-                        }
-                }
-            for (size_t k = 0; k < units.size() && !quads_left; ++k)
                 if (waiting[k] > 0 && units[k].pack >= 0)
+                    widest = std::max(widest, packs_[static_cast<size_t>(units[k].pack)].width);
+            for (size_t k = 0; k < units.size(); ++k) {
+                if (waiting[k] == 0 || units[k].pack < 0 || packs_[static_cast<size_t>(units[k].pack)].width != widest)
+                    continue;
+                if (widest == 2) {
                     for (int i : lanes(units[k].pack)) pack_[static_cast<size_t>(i)] = -1;
+                    continue;
+                }
+                for (int p : packs_[static_cast<size_t>(units[k].pack)].from)
+                    for (int l = 0; l < packs_[static_cast<size_t>(p)].width; ++l) {
+                        const size_t i = static_cast<size_t>(packs_[static_cast<size_t>(p)].in[static_cast<size_t>(l)]);
+                        pack_[i] = p, lane_[i] = l;
+                    }
+            }
         }
     }
 
     // ---- Printing -----------------------------------------------------------
 
     static const char* c_type(Type t) { return t == Type::F32 ? "float" : "double"; }
-    // Float data fill at most one 128-bit vector; double vectors hold two
-    // lanes or, as quads, four.
-    static std::string vtype(Type t, size_t w) { return t == Type::F32 ? "__m128" : w == 4 ? "__m256d" : "__m128d"; }
+    // Float pairs and quads fill a 128-bit vector, float octets a 256-bit
+    // one; double vectors hold two lanes, four (quads) or eight (octets).
+    static std::string vtype(Type t, size_t w) {
+        if (t == Type::F32) return w == 8 ? "__m256" : "__m128";
+        return w == 8 ? "__m512d" : w == 4 ? "__m256d" : "__m128d";
+    }
     // The intrinsic `op` (add, sub, mul, xor, setzero, set1) for type t and width w, up to its "(".
     static std::string intr(const char* op, Type t, size_t w) {
-        return std::string(t == Type::F64 && w == 4 ? "_mm256_" : "_mm_") + op + (t == Type::F32 ? "_ps(" : "_pd(");
+        const char* prefix = t == Type::F64 ? (w == 8 ? "_mm512_" : w == 4 ? "_mm256_" : "_mm_") : (w == 8 ? "_mm256_" : "_mm_");
+        return std::string(prefix) + op + (t == Type::F32 ? "_ps(" : "_pd(");
     }
 
     Type type_of(int value) const {
@@ -381,28 +428,64 @@ private:
     }
     Type pack_type(int k) const { return code_[static_cast<size_t>(packs_[static_cast<size_t>(k)].in[0])].type; }
 
-    // The 128-bit vector that holds a value (2k for pair k, 2k + h for half h
-    // of quad k; -1 for a scalar), the value's lane in it, and its expression.
+    int width_of(int k) const { return packs_[static_cast<size_t>(k)].width; }
+
+    // The w lanes of pack k from lane s on, as a vector of w lanes.
+    std::string slice_name(int k, int w, int s) const {
+        const std::string v = "v" + std::to_string(k);
+        const int n = width_of(k);
+        if (w >= n) return v;
+        if (pack_type(k) == Type::F32) {
+            if (n == 8 && w == 4) return s ? "_mm256_extractf128_ps(" + v + ", 1)" : "_mm256_castps256_ps128(" + v + ")";
+            const std::string q = n == 8 ? slice_name(k, 4, s / 4 * 4) : v;
+            return s % 4 ? "_mm_movehl_ps(" + q + ", " + q + ")" : q;
+        }
+        if (n == 4) return s ? "_mm256_extractf128_pd(" + v + ", 1)" : "_mm256_castpd256_pd128(" + v + ")";
+        if (w == 4) return s ? "_mm512_extractf64x4_pd(" + v + ", 1)" : "_mm512_castpd512_pd256(" + v + ")";
+        return s ? "_mm512_extractf64x2_pd(" + v + ", " + std::to_string(s / 2) + ")" : "_mm512_castpd512_pd128(" + v + ")";
+    }
+
+    // The 128-bit vector that holds a value (4k + l / 2 for lane l of pack
+    // k; -1 for a scalar), the value's lane in it, and its expression.
     int half_of(int value) const {
         if (value == 0) return -1;
         const size_t i = static_cast<size_t>(def_.at(value));
         const int k = pack_[i];
         if (k < 0) return -1;
-        return packs_[static_cast<size_t>(k)].width == 2 ? 2 * k : 2 * k + lane_[i] / 2;
+        return 4 * k + lane_[i] / 2;
     }
     int half_lane(int value) const { return lane_[static_cast<size_t>(def_.at(value))] % 2; }
-    std::string half_name(int h) const {
-        const int k = h / 2;
-        const std::string v = "v" + std::to_string(k);
-        if (packs_[static_cast<size_t>(k)].width == 2) return v;
-        if (pack_type(k) == Type::F32) return h % 2 ? "_mm_movehl_ps(" + v + ", " + v + ")" : v;
-        return h % 2 ? "_mm256_extractf128_pd(" + v + ", 1)" : "_mm256_castpd256_pd128(" + v + ")";
+    std::string half_name(int h) const { return slice_name(h / 4, 2, h % 4 * 2); }
+    // The block of four lanes that holds half h of a quad or an octet.
+    std::string block_name_of_half(int h) const { return slice_name(h / 4, 4, h % 4 / 2 * 4); }
+
+    // The block of four lanes that holds a value (2k + l / 4 for lane l of
+    // pack k, a pair's two lanes in the low half of its block; -1 for a
+    // scalar), the value's lane in it, and its expression (a float block is
+    // a 128-bit vector, a double block a 256-bit one, a pair a 128-bit one).
+    int block_of(int value) const {
+        if (value == 0) return -1;
+        const size_t i = static_cast<size_t>(def_.at(value));
+        const int k = pack_[i];
+        return k < 0 ? -1 : 2 * k + lane_[i] / 4;
     }
-    // The quad holding all of the values, or -1.
+    int block_lane(int value) const { return lane_[static_cast<size_t>(def_.at(value))] % 4; }
+    std::string block_name(int b) const { return slice_name(b / 2, 4, b % 2 * 4); }
+
+    // The block of a quad or an octet holding all four values, or -1.
     int quad_of(const std::vector<int>& v) const {
         if (v.size() != 4 || v[0] == 0) return -1;
+        const int b = block_of(v[0]);
+        if (b < 0 || width_of(b / 2) < 4) return -1;
+        for (int x : v)
+            if (x == 0 || block_of(x) != b) return -1;
+        return b;
+    }
+    // The octet holding all eight values, or -1.
+    int octet_of(const std::vector<int>& v) const {
+        if (v.size() != 8 || v[0] == 0) return -1;
         const int k = pack_[static_cast<size_t>(def_.at(v[0]))];
-        if (k < 0 || packs_[static_cast<size_t>(k)].width != 4) return -1;
+        if (k < 0 || width_of(k) != 8) return -1;
         for (int x : v)
             if (x == 0 || pack_[static_cast<size_t>(def_.at(x))] != k) return -1;
         return k;
@@ -441,18 +524,43 @@ private:
         return 3;
     }
 
-    // The same for two or four values: four from one quad cost a shuffle if
-    // out of order, others their halves and one more to join them.
+    // The same for two, four or eight values: four from one block (eight
+    // from one octet) cost a shuffle if out of order, eight from two octets
+    // one shuffle; others their halves and one more to join them.
     int cost_of(const std::vector<int>& v) const {
         if (v.size() == 2) return cost(v[0], v[1]);
         if (std::all_of(v.begin(), v.end(), [](int x) { return x == 0; })) return 0;
+        if (v.size() == 8) {
+            if (octet_of(v) >= 0) {
+                for (int l = 0; l < 8; ++l)
+                    if (lane_of_value(v[static_cast<size_t>(l)]) != l) return 1;
+                return 0;
+            }
+            if (two_octets(v)) return 1;
+            return cost_of(std::vector<int>(v.begin(), v.begin() + 4)) + cost_of(std::vector<int>(v.begin() + 4, v.end())) + 1;
+        }
         if (quad_of(v) >= 0) {
             for (int l = 0; l < 4; ++l)
-                if (lane_of_value(v[static_cast<size_t>(l)]) != l) return 1;
+                if (block_lane(v[static_cast<size_t>(l)]) != l) return 1;
             return 0;
         }
         if (float_sources(v)) return 1;
         return cost(v[0], v[1]) + cost(v[2], v[3]) + 1;
+    }
+
+    // Whether eight values of one type all come from at most two octets of
+    // that type (one two-source permutation).
+    bool two_octets(const std::vector<int>& v) const {
+        int k0 = -1, k1 = -1;
+        for (int x : v) {
+            if (x == 0) return false;
+            const int k = pack_[static_cast<size_t>(def_.at(x))];
+            if (k < 0 || width_of(k) != 8 || type_of(x) != type_of(v[0])) return false;
+            if (k0 < 0 || k == k0) k0 = k;
+            else if (k1 < 0 || k == k1) k1 = k;
+            else return false;
+        }
+        return true;
     }
 
     // The lanes of a sum or difference oriented for the cheapest operand
@@ -480,16 +588,21 @@ private:
         return {best, least};
     }
 
-    // The vector of two or four operands in type t, negations applied.
+    // The vector of two, four or eight operands in type t, negations applied.
     std::string vec(const std::vector<Operand>& o, Type t) {
         std::vector<int> v;
         for (Operand x : o) v.push_back(x.value);
-        std::string x = v.size() == 4 ? raw4(v, t) : raw(v[0], v[1], t);
+        std::string x = v.size() == 8 ? raw8(v, t) : v.size() == 4 ? raw4(v, t) : raw(v[0], v[1], t);
         if (std::none_of(o.begin(), o.end(), [](Operand y) { return y.neg; })) return x;
         auto sign = [&](size_t i) -> std::string {
             const bool n = i < o.size() && o[i].neg;
             return t == Type::F32 ? (n ? "-0.0f" : "0.0f") : (n ? "-0.0" : "0.0");
         };
+        if (o.size() == 8) {
+            std::string signs;
+            for (size_t i = 0; i < 8; ++i) signs += (i ? ", " : "") + sign(i);
+            return intr("xor", t, 8) + x + ", " + (t == Type::F32 ? "_mm256_setr_ps(" : "_mm512_setr_pd(") + signs + "))";
+        }
         if (t == Type::F32)
             return "_mm_xor_ps(" + x + ", _mm_setr_ps(" + sign(0) + ", " + sign(1) + ", " + sign(2) + ", " + sign(3) + "))";
         if (o.size() == 4)
@@ -533,13 +646,12 @@ private:
         return "_mm_set_pd(" + b + ", " + a + ")";
     }
 
-    // Whether four float values come two and two from float vectors, which
+    // Whether four float values come two and two from float blocks, which
     // one shuffle joins.
     bool float_sources(const std::vector<int>& v) const {
         for (int x : v)
             if (x == 0 || type_of(x) != Type::F32 || pack_[static_cast<size_t>(def_.at(x))] < 0) return false;
-        auto pk = [&](int x) { return pack_[static_cast<size_t>(def_.at(x))]; };
-        return pk(v[0]) == pk(v[1]) && pk(v[2]) == pk(v[3]);
+        return block_of(v[0]) == block_of(v[1]) && block_of(v[2]) == block_of(v[3]);
     }
 
     // Four lanes: one quad's lanes in any order take one shuffle, and so do
@@ -550,10 +662,10 @@ private:
             return t == Type::F32 ? "_mm_setzero_ps()" : "_mm256_setzero_pd()";
         if (t == Type::F64 && std::all_of(v.begin(), v.end(), [&](int x) { return x != 0 && type_of(x) == Type::F32; }))
             return "_mm256_cvtps_pd(" + raw4(v, Type::F32) + ")";
-        if (const int k = quad_of(v); k >= 0 && pack_type(k) == t) {
-            const std::string q = "v" + std::to_string(k);
+        if (const int k = quad_of(v); k >= 0 && pack_type(k / 2) == t) {
+            const std::string q = block_name(k);
             int l[4], imm = 0;
-            for (int i = 0; i < 4; ++i) l[i] = lane_of_value(v[static_cast<size_t>(i)]), imm |= l[i] << (2 * i);
+            for (int i = 0; i < 4; ++i) l[i] = block_lane(v[static_cast<size_t>(i)]), imm |= l[i] << (2 * i);
             if (imm == 0xE4) return q;
             if (t == Type::F32) return "_mm_shuffle_ps(" + q + ", " + q + ", " + std::to_string(imm) + ")";
             if (l[0] < 2 && l[1] < 2 && l[2] >= 2 && l[3] >= 2)  // within each 128-bit half
@@ -561,24 +673,55 @@ private:
             return "_mm256_permute4x64_pd(" + q + ", " + std::to_string(imm) + ")";
         }
         if (t == Type::F32 && float_sources(v)) {
-            const std::string a = "v" + std::to_string(pack_[static_cast<size_t>(def_.at(v[0]))]),
-                              b = "v" + std::to_string(pack_[static_cast<size_t>(def_.at(v[2]))]);
+            const std::string a = block_name(block_of(v[0])), b = block_name(block_of(v[2]));
             int imm = 0;
-            for (int i = 0; i < 4; ++i) imm |= lane_of_value(v[static_cast<size_t>(i)]) << (2 * i);
+            for (int i = 0; i < 4; ++i) imm |= block_lane(v[static_cast<size_t>(i)]) << (2 * i);
             return "_mm_shuffle_ps(" + a + ", " + b + ", " + std::to_string(imm) + ")";
         }
         if (t == Type::F64 && std::all_of(v.begin(), v.end(), [&](int x) { return x != 0 && type_of(x) == Type::F64; })) {
             const int h0 = half_of(v[0]), h1 = half_of(v[2]);
             auto whole = [&](int h, int x, int y) {
-                return h >= 0 && packs_[static_cast<size_t>(h / 2)].width == 4 && half_of(y) == h && half_lane(x) == 0 &&
-                       half_lane(y) == 1;
+                return h >= 0 && width_of(h / 4) >= 4 && half_of(y) == h && half_lane(x) == 0 && half_lane(y) == 1;
             };
             if (whole(h0, v[0], v[1]) && whole(h1, v[2], v[3]))
-                return "_mm256_permute2f128_pd(v" + std::to_string(h0 / 2) + ", v" + std::to_string(h1 / 2) + ", " +
+                return "_mm256_permute2f128_pd(" + block_name_of_half(h0) + ", " + block_name_of_half(h1) + ", " +
                        std::to_string((h0 % 2) | (2 + h1 % 2) << 4) + ")";
         }
         const std::string lo = raw(v[0], v[1], t), hi = raw(v[2], v[3], t);
         return t == Type::F32 ? "_mm_movelh_ps(" + lo + ", " + hi + ")" : "_mm256_set_m128d(" + hi + ", " + lo + ")";
+    }
+
+    // Eight lanes: one octet's lanes in any order, or lanes from two
+    // octets, take one permutation; others are built as two blocks and
+    // joined.
+    std::string raw8(const std::vector<int>& v, Type t) {
+        if (std::all_of(v.begin(), v.end(), [](int x) { return x == 0; }))
+            return t == Type::F32 ? "_mm256_setzero_ps()" : "_mm512_setzero_pd()";
+        if (t == Type::F64 && std::all_of(v.begin(), v.end(), [&](int x) { return x != 0 && type_of(x) == Type::F32; }))
+            return "_mm512_cvtps_pd(" + raw8(v, Type::F32) + ")";
+        const bool f = t == Type::F32;
+        if (two_octets(v) && type_of(v[0]) == t) {
+            const int k0 = pack_[static_cast<size_t>(def_.at(v[0]))];
+            int k1 = -1;
+            std::string idx;
+            bool in_order = true;
+            for (size_t i = 0; i < 8; ++i) {
+                const int k = pack_[static_cast<size_t>(def_.at(v[i]))];
+                if (k != k0) k1 = k;
+                const int l = lane_of_value(v[i]) + (k == k0 ? 0 : 8);
+                in_order &= l == static_cast<int>(i);
+                idx += (i ? ", " : "") + std::to_string(l);
+            }
+            const std::string a = "v" + std::to_string(k0), index = (f ? "_mm256_setr_epi32(" : "_mm512_setr_epi64(") + idx + ")";
+            if (in_order) return a;
+            if (k1 < 0) return f ? "_mm256_permutevar8x32_ps(" + a + ", " + index + ")" : "_mm512_permutexvar_pd(" + index + ", " + a + ")";
+            const std::string b = "v" + std::to_string(k1);
+            return (f ? "_mm256_permutex2var_ps(" : "_mm512_permutex2var_pd(") + a + ", " + index + ", " + b + ")";
+        }
+        const std::string lo = raw4(std::vector<int>(v.begin(), v.begin() + 4), t),
+                          hi = raw4(std::vector<int>(v.begin() + 4, v.end()), t);
+        return f ? "_mm256_set_m128(" + hi + ", " + lo + ")"
+                 : "_mm512_insertf64x4(_mm512_castpd256_pd512(" + lo + "), " + hi + ", 1)";
     }
 
     void emit(const Unit& u) {
@@ -642,7 +785,8 @@ private:
         out_ << "    zam::store<" << c_type(p_.scalar) << ">(out, " << in.slot << ", " << v << ");\n";
     }
 
-    // Two or four neighbouring stores with the same scaling as one vector store.
+    // Two, four or eight neighbouring stores with the same scaling as one
+    // vector store.
     void emit_stores(const std::vector<const Instr*>& s) {
         const size_t w = s.size();
         const Instr& x = *s[0];
@@ -650,9 +794,9 @@ private:
         bool same = x.mode != Store::ZeroConst;
         for (const Instr* y : s) same &= (y->a.value ? type_of(y->a.value) : p_.scalar) == t0;
         if (!same) {
-            if (w == 4) {
-                emit_stores({s[0], s[1]});
-                emit_stores({s[2], s[3]});
+            if (w > 2) {
+                emit_stores(std::vector<const Instr*>(s.begin(), s.begin() + static_cast<ptrdiff_t>(w / 2)));
+                emit_stores(std::vector<const Instr*>(s.begin() + static_cast<ptrdiff_t>(w / 2), s.end()));
             } else {
                 for (const Instr* y : s) emit_scalar_store(*y);
             }
@@ -667,9 +811,7 @@ private:
         std::string v = vec(o, t);
         const bool f = t == Type::F32;
         const std::string mul = intr("mul", t, w), sub = intr("sub", t, w), zero = intr("setzero", t, w) + ")";
-        std::string sv;
-        if (f) sv = "_mm_set1_ps(s)";
-        else sv = intr("set1", t, w) + (single_ ? "static_cast<double>(s))" : "s)");
+        const std::string sv = intr("set1", t, w) + (f || !single_ ? "s)" : "static_cast<double>(s))");
         switch (x.mode) {
         case Store::Plain:
         case Store::DoubleScale: v = mul + v + ", " + sv + ")"; break;
@@ -679,16 +821,40 @@ private:
         }
         const std::string at = "out + " + std::to_string(x.slot);
         if (single_) {
-            if (!f) v = (w == 4 ? "_mm256_cvtpd_ps(" : "_mm_cvtpd_ps(") + v + ")";
-            if (w == 4)
+            if (!f) v = (w == 8 ? "_mm512_cvtpd_ps(" : w == 4 ? "_mm256_cvtpd_ps(" : "_mm_cvtpd_ps(") + v + ")";
+            if (w == 8)
+                out_ << "    _mm256_storeu_ps(" << at << ", " << v << ");\n";
+            else if (w == 4)
                 out_ << "    _mm_storeu_ps(" << at << ", " << v << ");\n";
             else
                 out_ << "    _mm_storel_epi64(reinterpret_cast<__m128i*>(" << at << "), _mm_castps_si128(" << v << "));\n";
         } else {
-            out_ << (w == 4 ? "    _mm256_storeu_pd(" : "    _mm_storeu_pd(") << at << ", " << v << ");\n";
+            out_ << (w == 8 ? "    _mm512_storeu_pd(" : w == 4 ? "    _mm256_storeu_pd(" : "    _mm_storeu_pd(") << at << ", "
+                 << v << ");\n";
         }
         for (size_t i = 1; i < w; ++i)
             if (s[i]->slot != x.slot + static_cast<int>(i)) throw std::logic_error("store group");
+    }
+
+    // An octet of loads: eight neighbouring elements at once, else two
+    // blocks of four (each one load if its elements neighbour) joined.
+    std::string load8(const std::vector<int>& l) const {
+        const bool f = single_;
+        auto slot = [&](size_t i) { return code_[static_cast<size_t>(l[i])].slot; };
+        auto block = [&](size_t from, size_t n) {
+            bool next = true;
+            std::string list;
+            for (size_t i = from; i < from + n; ++i) {
+                next &= slot(i) == slot(from) + static_cast<int>(i - from);
+                list += (i > from ? ", in[" : "in[") + std::to_string(slot(i)) + "]";
+            }
+            const std::string at = "in + " + std::to_string(slot(from));
+            if (n == 8) return next ? (f ? "_mm256_loadu_ps(" : "_mm512_loadu_pd(") + at + ")" : std::string();
+            return next ? (f ? "_mm_loadu_ps(" : "_mm256_loadu_pd(") + at + ")" : (f ? "_mm_setr_ps(" : "_mm256_setr_pd(") + list + ")";
+        };
+        if (std::string all = block(0, 8); !all.empty()) return all;
+        const std::string lo = block(0, 4), hi = block(4, 4);
+        return f ? "_mm256_set_m128(" + hi + ", " + lo + ")" : "_mm512_insertf64x4(_mm512_castpd256_pd512(" + lo + "), " + hi + ", 1)";
     }
 
     void emit_pack(int k) {
@@ -705,7 +871,9 @@ private:
             return o;
         };
         std::string expr;
-        if (x.op == Opcode::Load) {
+        if (x.op == Opcode::Load && w == 8) {
+            expr = load8(l);
+        } else if (x.op == Opcode::Load) {
             bool next = true;
             std::string list;
             for (size_t i = 0; i < w; ++i) {
@@ -743,7 +911,12 @@ private:
             std::vector<std::string> c;
             for (size_t i = 0; i < w; ++i) c.push_back(literal(lane(i).a.neg ? -lane(i).constant : lane(i).constant, t));
             const std::string A = vec(operands(false, false), t);
-            if (f)
+            if (w == 8) {
+                std::string list;
+                for (size_t i = 0; i < 8; ++i) list += (i ? ", " : "") + c[i];
+                expr = f ? "_mm256_mul_ps(" + A + ", _mm256_setr_ps(" + list + "))"
+                         : "_mm512_mul_pd(_mm512_setr_pd(" + list + "), " + A + ")";
+            } else if (f)
                 expr = "_mm_mul_ps(" + A + ", _mm_setr_ps(" + c[0] + ", " + c[1] + ", " + (w == 4 ? c[2] : "0.0f") + ", " +
                        (w == 4 ? c[3] : "0.0f") + "))";
             else if (w == 4)
@@ -753,7 +926,8 @@ private:
         } else if (x.op == Opcode::Mul) {
             expr = intr("mul", t, w) + vec(operands(false, true), t) + ", " + vec(operands(true, true), t) + ")";
         } else {  // Round
-            expr = (w == 4 ? "_mm256_cvtpd_ps(" : "_mm_cvtpd_ps(") + vec(operands(false, true), Type::F64) + ")";
+            expr = (w == 8 ? "_mm512_cvtpd_ps(" : w == 4 ? "_mm256_cvtpd_ps(" : "_mm_cvtpd_ps(") +
+                   vec(operands(false, true), Type::F64) + ")";
         }
         out_ << "    const " << vtype(t, w) << ' ' << nm << " = " << expr << ";\n";
     }
@@ -761,8 +935,8 @@ private:
     const Program& p_;
     const std::vector<Instr>& code_;
     const bool single_;
-    const bool quads_;
-    const int slack_;  // how much dearer than its pairs' a quad's operands may be; -1: any
+    const int widest_;                 // lanes of the widest packs: 2, 4 or 8
+    const std::array<int, 2> slack_;  // how much dearer than its halves' a quad's (octet's) operands may be; -1: any
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
     std::vector<int> pack_, lane_;
@@ -776,7 +950,7 @@ private:
 } // namespace
 
 std::string print_simd(const Program& prog, const std::string& ns, double* packed_share) {
-    return SimdPrinter(prog, false).run(ns, packed_share);
+    return SimdPrinter(prog, 2).run(ns, packed_share);
 }
 
 namespace {
@@ -809,16 +983,46 @@ int instructions(const std::string& text) {
 
 } // namespace
 
-// Which quads pay depends on the shuffles their neighbours need, which the
-// greedy grouping does not see: the body is printed with pairs alone and with
-// quads under each limit, and the one with the fewest instructions is kept.
-std::string print_avx2(const Program& prog, const std::string& ns) {
-    std::string best = SimdPrinter(prog, false).run(ns, nullptr);
-    int least = instructions(best);
+namespace {
+
+// The AVX2 body: which quads pay depends on the shuffles their neighbours
+// need, which the greedy grouping does not see, so the body is printed with
+// pairs alone and with quads under each limit, and the one with the fewest
+// instructions is kept, with its count and its limit (-2: pairs alone).
+struct Choice {
+    std::string text;
+    int instructions = 0;
+    int slack = -2;
+};
+
+Choice avx2_choice(const Program& prog, const std::string& ns) {
+    Choice best{SimdPrinter(prog, 2).run(ns, nullptr), 0, -2};
+    best.instructions = instructions(best.text);
     for (int slack : {-1, 0, 1}) {
-        const std::string text = SimdPrinter(prog, true, slack).run(ns, nullptr);
-        if (const int n = instructions(text); n < least) least = n, best = text;
+        std::string text = SimdPrinter(prog, 4, slack).run(ns, nullptr);
+        if (const int n = instructions(text); n < best.instructions) best = {std::move(text), n, slack};
     }
+    return best;
+}
+
+} // namespace
+
+std::string print_avx2(const Program& prog, const std::string& ns) { return avx2_choice(prog, ns).text; }
+
+// Octets on top of the AVX2 body's quads (under its limit, or any where it
+// has none), under each limit for the octets; kept only if it has octets and
+// fewer instructions than the AVX2 body.
+std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
+    Choice avx2 = avx2_choice(prog, ns);
+    std::string best;
+    int least = avx2.instructions;
+    for (int slack8 : {-1, 0, 1}) {
+        SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8);
+        std::string text = printer.run(ns, nullptr);
+        if (const int n = instructions(text); n < least && printer.octets() > 0) least = n, best = std::move(text);
+    }
+    if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
+    if (avx2_body) *avx2_body = std::move(avx2.text);
     return best;
 }
 

@@ -35,4 +35,14 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
 // rounds.  Pairs without a partner stay 128-bit, lone instructions scalar.
 std::string print_avx2(const Program& prog, const std::string& ns);
 
+// The same for AVX-512: quads whose lanes are isomorphic are grouped further
+// into octets, found as the quads are, and run in 512-bit double vectors
+// (single-precision data in the eight lanes of a 256-bit float vector);
+// quads, pairs and lone instructions without a partner stay as in the AVX2
+// body.  Empty where no body with octets takes fewer instructions than the
+// AVX2 body; `gain`, if given, receives the share of the AVX2 body's
+// instructions it saves, and `avx2_body` the AVX2 body (print_avx2's).
+std::string print_avx512(const Program& prog, const std::string& ns, double* gain = nullptr,
+                         std::string* avx2_body = nullptr);
+
 } // namespace zg

@@ -172,6 +172,31 @@ TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
     }
 }
 
+// The AVX-512 bodies of the power-of-two complex transforms run in octets
+// (eight double lanes, or eight float lanes in a 256-bit vector) and save
+// at least a twentieth of the AVX2 body's instructions, the threshold for a
+// body of their own; the AVX2 body they are weighed against is print_avx2's.
+TEST(CodegenSimd, PowersOfTwoRunInOctetsOnAvx512) {
+    Planner planner;
+    const Family& f = families().front();
+    for (int n : {16, 32, 64}) {
+        const CodeletGraph c = build_codelet(planner, f, n);
+        for (Precision p : {Precision::Single, Precision::Double}) {
+            const Program prog =
+                lower(c, {codelet_name(f, n, p), element_type(f, p), f.complex_elements, f.rule, length_of(f, n)}, p);
+            SCOPED_TRACE(prog.sig.function);
+            double gain = 0;
+            std::string avx2;
+            const std::string octets = print_avx512(prog, "ns", &gain, &avx2);
+            EXPECT_EQ(avx2, print_avx2(prog, "ns"));
+            EXPECT_GE(gain, 0.05);
+            EXPECT_NE(octets.find(p == Precision::Double ? "_mm512_loadu_pd(" : "_mm256_loadu_ps("), std::string::npos);
+            EXPECT_NE(octets.find(p == Precision::Double ? "_mm512_add_pd(" : "_mm256_add_ps("), std::string::npos);
+            EXPECT_EQ(octets.find("_fm"), std::string::npos);
+        }
+    }
+}
+
 TEST(CodegenGraph, ProductsOfTwoValuesAreSharedAndTakeBothSigns) {
     Graph g;
     const Ref a = g.input(0), b = g.input(1);

@@ -1,10 +1,13 @@
 // The body an exported codelet runs.  Every codelet has a scalar body
 // (namespace zam::scalar); most also have a vector body (print_simd), compiled
 // once per vector path: zam::sse2 for any x86-64 processor, zam::avx2 for
-// those with AVX2.  All bodies give the same bits; the exported function
-// (codelet_exports.cpp) picks the AVX2 body where the processor has it, as
-// the compiler's run time recorded when the library was loaded: one load and
-// one well-predicted branch per call.
+// those with AVX2; those whose octets pay have an AVX-512 body as well
+// (zam::avx512, for processors with AVX-512 F, DQ, VL and BW).  All bodies
+// give the same bits; the exported function (codelet_exports.cpp) picks the
+// widest body the processor runs, as the compiler's run time recorded when
+// the library was loaded (features the operating system does not save the
+// registers of count as absent): a load and a well-predicted branch or two
+// per call.
 #pragma once
 
 #include "frame/checks.hpp"
@@ -17,6 +20,11 @@
     namespace zam::avx2 {                                                                                        \
     __VA_ARGS__;                                                                                                 \
     }
+#define ZAM_DECLARE_VEC2(...)                                                                                    \
+    ZAM_DECLARE_VEC1(__VA_ARGS__)                                                                                \
+    namespace zam::avx512 {                                                                                      \
+    __VA_ARGS__;                                                                                                 \
+    }
 #define ZAM_DECLARE(vec, ...)                                                                                    \
     namespace zam::scalar {                                                                                      \
     __VA_ARGS__;                                                                                                 \
@@ -26,11 +34,28 @@
 #undef ZAM_DECLARE
 #undef ZAM_DECLARE_VEC0
 #undef ZAM_DECLARE_VEC1
+#undef ZAM_DECLARE_VEC2
+
+#if defined(ZAMGEN_VECTOR_PATHS)
+namespace zam {
+
+// Whether the processor runs the AVX-512 bodies: the four subsets they are
+// compiled for, each recorded by the compiler's run time.
+[[gnu::always_inline]] inline bool has_avx512() noexcept
+{
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+           __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw");
+}
+
+} // namespace zam
+#endif
 
 #define ZAM_PICK(vec, name) ZAM_PICK##vec(name)
 #define ZAM_PICK0(name) zam::scalar::name
 #if defined(ZAMGEN_VECTOR_PATHS)
 #define ZAM_PICK1(name) (__builtin_cpu_supports("avx2") ? zam::avx2::name : zam::sse2::name)
+#define ZAM_PICK2(name) (zam::has_avx512() ? zam::avx512::name : ZAM_PICK1(name))
 #else
 #define ZAM_PICK1(name) zam::scalar::name
+#define ZAM_PICK2(name) zam::scalar::name
 #endif
