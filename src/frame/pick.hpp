@@ -11,6 +11,7 @@
 #pragma once
 
 #include "frame/checks.hpp"
+#include "simd/paths.hpp"
 
 #define ZAM_DECLARE_VEC0(...)
 #define ZAM_DECLARE_VEC1(...)                                                                                    \
@@ -36,25 +37,11 @@
 #undef ZAM_DECLARE_VEC1
 #undef ZAM_DECLARE_VEC2
 
-#if defined(ZAMGEN_VECTOR_PATHS)
-namespace zam {
-
-// Whether the processor runs the AVX-512 bodies: the four subsets they are
-// compiled for, each recorded by the compiler's run time.
-[[gnu::always_inline]] inline bool has_avx512() noexcept
-{
-    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
-           __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw");
-}
-
-} // namespace zam
-#endif
-
 #define ZAM_PICK(vec, name) ZAM_PICK##vec(name)
 #define ZAM_PICK0(name) zam::scalar::name
 #if defined(ZAMGEN_VECTOR_PATHS)
 #define ZAM_PICK1(name) (__builtin_cpu_supports("avx2") ? zam::avx2::name : zam::sse2::name)
-#define ZAM_PICK2(name) (zam::has_avx512() ? zam::avx512::name : ZAM_PICK1(name))
+#define ZAM_PICK2(name) (zam::path_supported(zam::Path::Avx512) ? zam::avx512::name : ZAM_PICK1(name))
 #else
 #define ZAM_PICK1(name) zam::scalar::name
 #define ZAM_PICK2(name) zam::scalar::name
