@@ -4,8 +4,10 @@
 // shared with another path.
 #define ZAM_PATH avx512
 // GCC 12 takes the _mm512_undefined_* operand inside some AVX-512 intrinsics
-// (_mm512_permute_ps, _mm512_shuffle_f32x4) for an uninitialised variable.
+// (_mm512_permute_ps, _mm512_shuffle_f32x4) for an uninitialised variable
+// (-Wuninitialized where the user's flags inline more, as -O3 -march=native).
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #include "simd/lanes.hpp"
 #include "wht/network.hpp"
 
