@@ -257,9 +257,7 @@ struct F32x16 {
         return F32x16(_mm512_mask_sub_ps(_mm512_add_ps(x.v, t), upper, t, x.v));
     }
 };
-inline F32x16 operator+(F32x16 a, F32x16 b) { return F32x16(_mm512_add_ps(a.v, b.v)); }
-inline F32x16 operator-(F32x16 a, F32x16 b) { return F32x16(_mm512_sub_ps(a.v, b.v)); }
-inline F32x16 operator*(F32x16 a, F32x16 b) { return F32x16(_mm512_mul_ps(a.v, b.v)); }
+ZAM_LANE_OPS(F32x16, _mm512_add_ps, _mm512_sub_ps, _mm512_mul_ps, _mm512_xor_ps, _mm512_set1_ps)
 
 struct F64x8 {
     using T = double;
@@ -292,9 +290,7 @@ struct F64x8 {
         x.v = _mm512_permutex2var_pd(u, index(p.place[0]), w), y.v = _mm512_permutex2var_pd(u, index(p.place[1]), w);
     }
 };
-inline F64x8 operator+(F64x8 a, F64x8 b) { return F64x8(_mm512_add_pd(a.v, b.v)); }
-inline F64x8 operator-(F64x8 a, F64x8 b) { return F64x8(_mm512_sub_pd(a.v, b.v)); }
-inline F64x8 operator*(F64x8 a, F64x8 b) { return F64x8(_mm512_mul_pd(a.v, b.v)); }
+ZAM_LANE_OPS(F64x8, _mm512_add_pd, _mm512_sub_pd, _mm512_mul_pd, _mm512_xor_pd, _mm512_set1_pd)
 #endif
 
 #undef ZAM_LANE_OPS
