@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 #include <stdexcept>
 #include <type_traits>
 
@@ -50,8 +51,10 @@ std::vector<CLD> dft(const std::vector<CLD>& x, int sign) {
 }
 
 // A codelet with its family's length dispatcher, as the registry lists it.
+// Not inlined: the registry calls it once per codelet, and inlined those calls
+// make one function too large to compile quickly.
 template <class T>
-void add(std::vector<Case>& cases, const char* name, const std::string& prefix, int n, int in_elements,
+[[gnu::noinline]] void add(std::vector<Case>& cases, const char* name, std::string_view prefix, int n, int in_elements,
          int out_elements, int layout, int sign, ZamStatus (*fn)(const T*, T*, uint32_t),
          ZamStatus (*dispatch)(const T*, T*, int32_t, uint32_t)) {
     constexpr bool cplx = std::is_same_v<T, Zam32fc> || std::is_same_v<T, Zam64fc>;
