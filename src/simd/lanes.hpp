@@ -63,13 +63,13 @@ namespace zam::ZAM_PATH {
     }                                                                                                \
     static void rows(const T* p, ptrdiff_t row, int count, V* out)                                 \
     {                                                                                                \
-        for (int k = 0; k < count; k += n) {                                                         \
+        _Pragma("GCC unroll 16") for (int k = 0; k < count; k += n) {                                \
             if (count - k < n) {                                                                     \
                 for (int j = k; j < count; ++j) gather(p, row, j, out + j);                          \
                 break;                                                                               \
             }                                                                                        \
             V t[n];                                                                                  \
-            for (int l = 0; l < n; ++l) t[l] = load(p + l * row + k);                                \
+            _Pragma("GCC unroll 16") for (int l = 0; l < n; ++l) t[l] = load(p + l * row + k);       \
             transpose(t, out + k);                                                                   \
         }                                                                                            \
     }
