@@ -14,6 +14,8 @@
 
 #include "dct4/pass_kernels.hpp"
 
+#include <type_traits>
+
 namespace zam::dct4::ZAM_PATH {
 
 using zam::ZAM_PATH::Wide;
@@ -178,11 +180,16 @@ uint32_t stage_groups(const StageArgs<T>& a, const T* x, uint32_t base, uint32_t
     return j;
 }
 
+// The second pass transposes its rows into lanes: on 512-bit vectors that
+// costs more than the wider arithmetic saves (on AMD's Zen 4 no length ran
+// faster and most ran 5 to 20% slower than on 256-bit ones), so there it
+// starts at 256 bits.
 template <class T>
 uint32_t second_groups(uint32_t kind, uint32_t r, const T* v, ptrdiff_t vrow, const T* table, ptrdiff_t trow, T* y,
                        uint32_t g0, uint32_t count, uint32_t S, uint32_t L)
 {
-    using W = typename Wide<T>::type;
+    using Widest = typename Wide<T>::type;
+    using W = std::conditional_t<(sizeof(Widest) > 32), typename Widest::Half, Widest>;
     using H = typename W::Half;
     using Q = typename H::Half;
     uint32_t i = second_on<W>(kind, r, v, vrow, table, trow, y, g0, 0, count, S, L);

@@ -204,8 +204,9 @@ ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, 
 
 
 #ifdef __AVX512F__
-// 512-bit vectors: the lane operations of the DCT-IV passes and the
-// in-vector butterflies of the Walsh-Hadamard passes.
+// 512-bit vectors: loads (reversed ones too) and stores for the DCT-IV's
+// first passes and nested stages, and the in-vector butterflies of the
+// Walsh-Hadamard passes.
 //
 // The stages at spans 1 .. n/2 inside two vectors x and y at once (double
 // precision, where it saves a few per cent over butterfly<H>): each
@@ -247,7 +248,6 @@ struct F32x16 {
     F32x16() = default;
     explicit F32x16(__m512 x) : v(x) {}
     explicit F32x16(float c) : v(_mm512_set1_ps(c)) {}
-    static F32x16 zero() { return F32x16(_mm512_setzero_ps()); }
     static __m512 reverse(__m512 a)
     {
         return _mm512_permutexvar_ps(_mm512_set_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15), a);
@@ -255,30 +255,6 @@ struct F32x16 {
     static F32x16 load(const float* p) { return F32x16(_mm512_loadu_ps(p)); }
     static F32x16 load_rev(const float* p) { return F32x16(reverse(_mm512_loadu_ps(p - 15))); }
     static void store(float* p, F32x16 a) { _mm512_storeu_ps(p, a.v); }
-    static void store_rev(float* p, F32x16 a) { _mm512_storeu_ps(p - 15, reverse(a.v)); }
-    ZAM_LANE_ROWS(F32x16)
-    // As F32x8's, with a third round that moves whole 128-bit quarters: after
-    // the first two, quarter q of b[4G + c] holds column 4q + c of rows
-    // 4G .. 4G+3.
-    static void transpose(const F32x16* r, F32x16* t)
-    {
-        __m512 b[16];
-        for (int G = 0; G < 4; ++G) {
-            const __m512 a0 = _mm512_unpacklo_ps(r[4 * G].v, r[4 * G + 1].v);
-            const __m512 a1 = _mm512_unpackhi_ps(r[4 * G].v, r[4 * G + 1].v);
-            const __m512 a2 = _mm512_unpacklo_ps(r[4 * G + 2].v, r[4 * G + 3].v);
-            const __m512 a3 = _mm512_unpackhi_ps(r[4 * G + 2].v, r[4 * G + 3].v);
-            b[4 * G] = _mm512_shuffle_ps(a0, a2, 0x44), b[4 * G + 1] = _mm512_shuffle_ps(a0, a2, 0xee);
-            b[4 * G + 2] = _mm512_shuffle_ps(a1, a3, 0x44), b[4 * G + 3] = _mm512_shuffle_ps(a1, a3, 0xee);
-        }
-        for (int c = 0; c < 4; ++c) {
-            const __m512 e = _mm512_shuffle_f32x4(b[c], b[4 + c], 0x88), f = _mm512_shuffle_f32x4(b[c], b[4 + c], 0xdd);
-            const __m512 g = _mm512_shuffle_f32x4(b[8 + c], b[12 + c], 0x88);
-            const __m512 h = _mm512_shuffle_f32x4(b[8 + c], b[12 + c], 0xdd);
-            t[c] = F32x16(_mm512_shuffle_f32x4(e, g, 0x88)), t[8 + c] = F32x16(_mm512_shuffle_f32x4(e, g, 0xdd));
-            t[4 + c] = F32x16(_mm512_shuffle_f32x4(f, h, 0x88)), t[12 + c] = F32x16(_mm512_shuffle_f32x4(f, h, 0xdd));
-        }
-    }
     // The sum in every lane, then the difference a - b written over the
     // upper lanes of the pairs.
     template <int H>
@@ -302,31 +278,10 @@ struct F64x8 {
     F64x8() = default;
     explicit F64x8(__m512d x) : v(x) {}
     explicit F64x8(double c) : v(_mm512_set1_pd(c)) {}
-    static F64x8 zero() { return F64x8(_mm512_setzero_pd()); }
     static __m512d reverse(__m512d a) { return _mm512_permutexvar_pd(_mm512_set_epi64(0, 1, 2, 3, 4, 5, 6, 7), a); }
     static F64x8 load(const double* p) { return F64x8(_mm512_loadu_pd(p)); }
     static F64x8 load_rev(const double* p) { return F64x8(reverse(_mm512_loadu_pd(p - 7))); }
     static void store(double* p, F64x8 a) { _mm512_storeu_pd(p, a.v); }
-    static void store_rev(double* p, F64x8 a) { _mm512_storeu_pd(p - 7, reverse(a.v)); }
-    ZAM_LANE_ROWS(F64x8)
-    // Pairs of rows interleaved, then 128-bit pairs gathered twice: after the
-    // second round, u[c] holds columns c and c + 4 of rows 0 .. 3 (c < 4) or
-    // of rows 4 .. 7 (u[4 + c]), two rows per 128-bit pair.
-    static void transpose(const F64x8* r, F64x8* t)
-    {
-        __m512d u[8];
-        for (int G = 0; G < 2; ++G) {
-            const __m512d a0 = _mm512_unpacklo_pd(r[4 * G].v, r[4 * G + 1].v);
-            const __m512d a1 = _mm512_unpackhi_pd(r[4 * G].v, r[4 * G + 1].v);
-            const __m512d a2 = _mm512_unpacklo_pd(r[4 * G + 2].v, r[4 * G + 3].v);
-            const __m512d a3 = _mm512_unpackhi_pd(r[4 * G + 2].v, r[4 * G + 3].v);
-            u[4 * G] = _mm512_shuffle_f64x2(a0, a2, 0x88), u[4 * G + 2] = _mm512_shuffle_f64x2(a0, a2, 0xdd);
-            u[4 * G + 1] = _mm512_shuffle_f64x2(a1, a3, 0x88), u[4 * G + 3] = _mm512_shuffle_f64x2(a1, a3, 0xdd);
-        }
-        for (int c = 0; c < 4; ++c)
-            t[c] = F64x8(_mm512_shuffle_f64x2(u[c], u[4 + c], 0x88)),
-            t[4 + c] = F64x8(_mm512_shuffle_f64x2(u[c], u[4 + c], 0xdd));
-    }
     template <int H>
     static F64x8 butterfly(F64x8 x)
     {
