@@ -476,10 +476,13 @@ TYPED_TEST(Dct4, EveryVectorPathGivesTheScalarBits)
 {
     using T = TypeParam;
     std::vector<Path> paths;
-    for (Path p : {Path::Sse2, Path::Avx2})
+    for (Path p : {Path::Sse2, Path::Avx2, Path::Avx512})
         if (path_supported(p)) paths.push_back(p);
 #if defined(ZAMGEN_HOST_HAS_AVX2)
     EXPECT_TRUE(path_supported(Path::Avx2) && best_path() == Path::Avx2) << "this machine has AVX2";
+#endif
+#if defined(ZAMGEN_HOST_HAS_AVX512)
+    EXPECT_TRUE(path_supported(Path::Avx512) && widest_path() == Path::Avx512) << "this machine has AVX-512";
 #endif
     if (paths.empty()) GTEST_SKIP() << "scalar build";
     for (int32_t n : lengths_up_to(1 << 16)) {

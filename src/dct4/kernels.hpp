@@ -80,9 +80,9 @@ ZamStatus run_first_pass(const InputPass<T>* pass, const T* x, uint32_t base, T*
 template <class T>
 ZamStatus run_second_pass(const OutputPass<T>* pass, const T* scratch, T* y, Path path = Path::Scalar);
 // The whole transform for a specification; ZAM_STS_CONTEXT_ERR for a kind
-// outside 1..6.  Pointers are checked by the caller.  Runs on the best path
-// of this processor unless told which.
-template <class T> ZamStatus transform(const T* x, T* y, const Spec<T>* spec, Path path = best_path());
+// outside 1..6.  Pointers are checked by the caller.  Runs on the widest
+// path of this processor (AVX-512 included) unless told which.
+template <class T> ZamStatus transform(const T* x, T* y, const Spec<T>* spec, Path path = widest_path());
 
 // Both passes for a leaf sub-length m and a radix r (N = m r) with the given
 // table of N values and a scratch of N values: the kind-6 transform without

@@ -1,7 +1,7 @@
 // The DCT-IV passes on vectors of lanes: each lane runs the scalar kernel of
 // one group, so the results are the scalar path's bit for bit.  Included by
 // the translation unit of each vector path inside its instruction-set region
-// (dct4/path_*.cpp), after simd/lanes.hpp; everything lands in
+// (simd/path_*.cpp), after simd/lanes.hpp; everything lands in
 // zam::dct4::ZAM_PATH.
 //
 // First pass: groups j of one input pass start at off0 + j and write to
@@ -14,9 +14,10 @@
 
 #include "dct4/pass_kernels.hpp"
 
+#include <type_traits>
+
 namespace zam::dct4::ZAM_PATH {
 
-using zam::ZAM_PATH::Narrow;
 using zam::ZAM_PATH::Wide;
 
 template <class V_, uint32_t M>
@@ -151,16 +152,19 @@ uint32_t second_on(uint32_t kind, uint32_t r, const T* v, ptrdiff_t vrow, const 
     return i;
 }
 
-// The path's entry points: as many groups as fill vectors, widest first;
-// the caller runs the scalar kernel on the groups from the returned index.
+// The path's entry points: as many groups as fill vectors, widest first,
+// then on each narrower vector in turn (W, its Half H, H's Half Q); the
+// caller runs the scalar kernel on the groups from the returned index.
 template <class T>
 uint32_t first_groups(uint32_t kind, const T* x, uint32_t off0, uint32_t count, uint32_t s, uint32_t L, T* out,
                       uint32_t t)
 {
     using W = typename Wide<T>::type;
-    using N = typename Narrow<T>::type;
+    using H = typename W::Half;
+    using Q = typename H::Half;
     uint32_t j = first_on<W>(kind, x, off0, 0, count, s, L, out, t);
-    if constexpr (N::n < W::n) j = first_on<N>(kind, x, off0, j, count, s, L, out, t);
+    if constexpr (H::n < W::n) j = first_on<H>(kind, x, off0, j, count, s, L, out, t);
+    if constexpr (Q::n < H::n) j = first_on<Q>(kind, x, off0, j, count, s, L, out, t);
     return j;
 }
 
@@ -168,20 +172,29 @@ template <class T>
 uint32_t stage_groups(const StageArgs<T>& a, const T* x, uint32_t base, uint32_t count, T* out, uint32_t t)
 {
     using W = typename Wide<T>::type;
-    using N = typename Narrow<T>::type;
+    using H = typename W::Half;
+    using Q = typename H::Half;
     uint32_t j = stage_on<W>(a, x, base, 0, count, out, t);
-    if constexpr (N::n < W::n) j = stage_on<N>(a, x, base, j, count, out, t);
+    if constexpr (H::n < W::n) j = stage_on<H>(a, x, base, j, count, out, t);
+    if constexpr (Q::n < H::n) j = stage_on<Q>(a, x, base, j, count, out, t);
     return j;
 }
 
+// The second pass transposes its rows into lanes: on 512-bit vectors that
+// costs more than the wider arithmetic saves (on AMD's Zen 4 no length ran
+// faster and most ran 5 to 20% slower than on 256-bit ones), so there it
+// starts at 256 bits.
 template <class T>
 uint32_t second_groups(uint32_t kind, uint32_t r, const T* v, ptrdiff_t vrow, const T* table, ptrdiff_t trow, T* y,
                        uint32_t g0, uint32_t count, uint32_t S, uint32_t L)
 {
-    using W = typename Wide<T>::type;
-    using N = typename Narrow<T>::type;
+    using Widest = typename Wide<T>::type;
+    using W = std::conditional_t<(sizeof(Widest) > 32), typename Widest::Half, Widest>;
+    using H = typename W::Half;
+    using Q = typename H::Half;
     uint32_t i = second_on<W>(kind, r, v, vrow, table, trow, y, g0, 0, count, S, L);
-    if constexpr (N::n < W::n) i = second_on<N>(kind, r, v, vrow, table, trow, y, g0, i, count, S, L);
+    if constexpr (H::n < W::n) i = second_on<H>(kind, r, v, vrow, table, trow, y, g0, i, count, S, L);
+    if constexpr (Q::n < H::n) i = second_on<Q>(kind, r, v, vrow, table, trow, y, g0, i, count, S, L);
     return i;
 }
 

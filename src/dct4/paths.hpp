@@ -8,6 +8,7 @@ namespace zam::dct4 {
 
 using zam::Path;
 using zam::best_path;
+using zam::widest_path;
 using zam::path_supported;
 
 // What a vector path needs of a nested stage (plan.hpp): its input pass of
@@ -39,6 +40,7 @@ inline constexpr uint32_t kLaneScratchBytes = 32768;
     }
 ZAM_DCT4_PATH(sse2)
 ZAM_DCT4_PATH(avx2)
+ZAM_DCT4_PATH(avx512)
 #undef ZAM_DCT4_PATH
 
 } // namespace zam::dct4

@@ -176,6 +176,7 @@ uint32_t first_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32
     switch (path) {
     case Path::Sse2: return sse2::first_groups(k, x, base, n, s, L, out, t);
     case Path::Avx2: return avx2::first_groups(k, x, base, n, s, L, out, t);
+    case Path::Avx512: return avx512::first_groups(k, x, base, n, s, L, out, t);
     default: return 0;
     }
 #else
@@ -200,6 +201,7 @@ uint32_t stage_groups_on(Path path, const InputPass<T>* pass, const T* x, uint32
     switch (path) {
     case Path::Sse2: return sse2::stage_groups(a, x, base, pass->count, out, pass->out_stride);
     case Path::Avx2: return avx2::stage_groups(a, x, base, pass->count, out, pass->out_stride);
+    case Path::Avx512: return avx512::stage_groups(a, x, base, pass->count, out, pass->out_stride);
     default: return 0;
     }
 #else
@@ -218,6 +220,7 @@ uint32_t second_groups_on(Path path, const OutputPass<T>* pass, const T* v, cons
     switch (path) {
     case Path::Sse2: return sse2::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
     case Path::Avx2: return avx2::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
+    case Path::Avx512: return avx512::second_groups(k, r, v, vrow, table, trow, y, g0, count, S, L);
     default: return 0;
     }
 #else

@@ -1,5 +1,5 @@
 // Vectors of lanes for the vector paths.  A translation unit of one path
-// defines ZAM_PATH (sse2, avx2), switches the compiler to that instruction set
+// defines ZAM_PATH (sse2, avx2, avx512), switches the compiler to that instruction set
 // and includes this header: the types land in namespace zam::ZAM_PATH, so two
 // paths never share a function body (the linker would otherwise be free to
 // keep one path's copy of an inline function for the other).
@@ -63,19 +63,20 @@ namespace zam::ZAM_PATH {
     }                                                                                                \
     static void rows(const T* p, ptrdiff_t row, int count, V* out)                                 \
     {                                                                                                \
-        for (int k = 0; k < count; k += n) {                                                         \
+        _Pragma("GCC unroll 16") for (int k = 0; k < count; k += n) {                                \
             if (count - k < n) {                                                                     \
                 for (int j = k; j < count; ++j) gather(p, row, j, out + j);                          \
                 break;                                                                               \
             }                                                                                        \
             V t[n];                                                                                  \
-            for (int l = 0; l < n; ++l) t[l] = load(p + l * row + k);                                \
+            _Pragma("GCC unroll 16") for (int l = 0; l < n; ++l) t[l] = load(p + l * row + k);       \
             transpose(t, out + k);                                                                   \
         }                                                                                            \
     }
 
 struct F32x4 {
     using T = float;
+    using Half = F32x4;  // the narrowest vector
     static constexpr int n = 4;
     __m128 v;
     F32x4() = default;
@@ -99,6 +100,7 @@ ZAM_LANE_OPS(F32x4, _mm_add_ps, _mm_sub_ps, _mm_mul_ps, _mm_xor_ps, _mm_set1_ps)
 
 struct F64x2 {
     using T = double;
+    using Half = F64x2;
     static constexpr int n = 2;
     __m128d v;
     F64x2() = default;
@@ -121,6 +123,7 @@ ZAM_LANE_OPS(F64x2, _mm_add_pd, _mm_sub_pd, _mm_mul_pd, _mm_xor_pd, _mm_set1_pd)
 #ifdef __AVX2__
 struct F32x8 {
     using T = float;
+    using Half = F32x4;
     static constexpr int n = 8;
     __m256 v;
     F32x8() = default;
@@ -167,6 +170,7 @@ ZAM_LANE_OPS(F32x8, _mm256_add_ps, _mm256_sub_ps, _mm256_mul_ps, _mm256_xor_ps, 
 
 struct F64x4 {
     using T = double;
+    using Half = F64x2;
     static constexpr int n = 4;
     __m256d v;
     F64x4() = default;
@@ -200,8 +204,9 @@ ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, 
 
 
 #ifdef __AVX512F__
-// 512-bit vectors: loads, stores and the in-vector butterflies of the
-// Walsh-Hadamard passes only.
+// 512-bit vectors: loads (reversed ones too) and stores for the DCT-IV's
+// first passes and nested stages, and the in-vector butterflies of the
+// Walsh-Hadamard passes.
 //
 // The stages at spans 1 .. n/2 inside two vectors x and y at once (double
 // precision, where it saves a few per cent over butterfly<H>): each
@@ -237,12 +242,18 @@ struct PairedStages {
 
 struct F32x16 {
     using T = float;
+    using Half = F32x8;
     static constexpr int n = 16;
     __m512 v;
     F32x16() = default;
     explicit F32x16(__m512 x) : v(x) {}
     explicit F32x16(float c) : v(_mm512_set1_ps(c)) {}
+    static __m512 reverse(__m512 a)
+    {
+        return _mm512_permutexvar_ps(_mm512_set_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15), a);
+    }
     static F32x16 load(const float* p) { return F32x16(_mm512_loadu_ps(p)); }
+    static F32x16 load_rev(const float* p) { return F32x16(reverse(_mm512_loadu_ps(p - 15))); }
     static void store(float* p, F32x16 a) { _mm512_storeu_ps(p, a.v); }
     // The sum in every lane, then the difference a - b written over the
     // upper lanes of the pairs.
@@ -261,12 +272,15 @@ ZAM_LANE_OPS(F32x16, _mm512_add_ps, _mm512_sub_ps, _mm512_mul_ps, _mm512_xor_ps,
 
 struct F64x8 {
     using T = double;
+    using Half = F64x4;
     static constexpr int n = 8;
     __m512d v;
     F64x8() = default;
     explicit F64x8(__m512d x) : v(x) {}
     explicit F64x8(double c) : v(_mm512_set1_pd(c)) {}
+    static __m512d reverse(__m512d a) { return _mm512_permutexvar_pd(_mm512_set_epi64(0, 1, 2, 3, 4, 5, 6, 7), a); }
     static F64x8 load(const double* p) { return F64x8(_mm512_loadu_pd(p)); }
+    static F64x8 load_rev(const double* p) { return F64x8(reverse(_mm512_loadu_pd(p - 7))); }
     static void store(double* p, F64x8 a) { _mm512_storeu_pd(p, a.v); }
     template <int H>
     static F64x8 butterfly(F64x8 x)
@@ -296,22 +310,18 @@ ZAM_LANE_OPS(F64x8, _mm512_add_pd, _mm512_sub_pd, _mm512_mul_pd, _mm512_xor_pd, 
 #undef ZAM_LANE_OPS
 #undef ZAM_LANE_ROWS
 
-// The widest vector of the path and the next narrower one, per element type.
+// The widest vector of the path, per element type; each vector type names
+// the next narrower one as Half (the 128-bit ones themselves).
 template <class T> struct Wide;
-template <class T> struct Narrow;
-template <> struct Narrow<float> { using type = F32x4; };
-template <> struct Narrow<double> { using type = F64x2; };
-#ifdef __AVX2__
+#if defined(__AVX512F__)
+template <> struct Wide<float> { using type = F32x16; };
+template <> struct Wide<double> { using type = F64x8; };
+#elif defined(__AVX2__)
 template <> struct Wide<float> { using type = F32x8; };
 template <> struct Wide<double> { using type = F64x4; };
 #else
 template <> struct Wide<float> { using type = F32x4; };
 template <> struct Wide<double> { using type = F64x2; };
-#endif
-#ifdef __AVX512F__
-template <class T> struct Widest;
-template <> struct Widest<float> { using type = F32x16; };
-template <> struct Widest<double> { using type = F64x8; };
 #endif
 
 } // namespace zam::ZAM_PATH

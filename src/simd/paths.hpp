@@ -1,7 +1,7 @@
 // The instruction sets the transforms with loops (the Walsh-Hadamard
 // transforms of orders 8 to 13, the DCT-IV) run on, and the choice among them.
-// AVX-512 (F, DQ, BW and VL) serves the Walsh-Hadamard transforms and the
-// codelets whose AVX-512 bodies pay (frame/pick.hpp).
+// AVX-512 (F, DQ, BW and VL) serves the Walsh-Hadamard transforms, the DCT-IV
+// and the codelets whose AVX-512 bodies pay (frame/pick.hpp).
 //
 // The vector paths compute exactly what the scalar code computes, one block
 // or group per lane, so the choice changes the speed only.  It is
@@ -46,7 +46,7 @@ inline Path best_path() noexcept
 }
 
 // The best path of the families that have an AVX-512 path too (the
-// Walsh-Hadamard transforms).
+// Walsh-Hadamard transforms, the DCT-IV).
 inline Path widest_path() noexcept
 {
     return path_supported(Path::Avx512) ? Path::Avx512 : best_path();
