@@ -19,7 +19,9 @@ from collections import defaultdict
 
 def best_times(runs):
     """{(library, family, precision, size): ns} from the "benchmarks" list, the
-    best of the repetitions of each name."""
+    best of the repetitions of each name.  The time is the thread's CPU time:
+    on a shared machine the wall-clock time also counts the spells in which
+    the process was not running at all."""
     ns = {}
     for r in runs:
         if r.get("run_type", "iteration") != "iteration":
@@ -27,7 +29,7 @@ def best_times(runs):
         lib, family, prec, size = r["name"].split("/")[:4]
         scale = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[r.get("time_unit", "ns")]
         key = (lib, family, prec, int(size))
-        ns[key] = min(ns.get(key, float("inf")), r["real_time"] * scale)
+        ns[key] = min(ns.get(key, float("inf")), r["cpu_time"] * scale)
     return ns
 
 
