@@ -61,6 +61,38 @@ public:
         return n;
     }
 
+    // What spills would cost in the printed order with this many vector
+    // registers: a value defined while all registers hold live values sends
+    // one to memory, a store and a load.  (Scalars take registers too.)
+    int spills(int registers) const {
+        std::vector<int> at(code_.size(), -1);
+        for (size_t k = 0; k < order_.size(); ++k) {
+            const Unit& u = order_[k];
+            if (u.pack >= 0)
+                for (int i : lanes(u.pack)) at[static_cast<size_t>(i)] = static_cast<int>(k);
+            else
+                at[static_cast<size_t>(u.instr)] = static_cast<int>(k);
+            for (int j : u.more) at[static_cast<size_t>(j)] = static_cast<int>(k);
+        }
+        std::vector<int> last(order_.size(), -1);
+        for (size_t i = 0; i < code_.size(); ++i)
+            for (Operand o : {code_[i].a, code_[i].b})
+                if (o.value != 0) {
+                    const int d = at[static_cast<size_t>(def_.at(o.value))];
+                    last[static_cast<size_t>(d)] = std::max(last[static_cast<size_t>(d)], at[i]);
+                }
+        std::vector<int> dies(order_.size() + 1, 0);
+        int live = 0, cost = 0;
+        for (size_t k = 0; k < order_.size(); ++k) {
+            live -= dies[k];
+            if (last[k] < 0) continue;
+            if (live >= registers) cost += 2;
+            ++live;
+            ++dies[static_cast<size_t>(last[k])];
+        }
+        return cost;
+    }
+
     std::string run(const std::string& ns, double* packed_share) {
         index();
         pair();
@@ -354,7 +386,35 @@ private:
     void group(int w) {
         const int h = w / 2;
         const size_t first = packs_.size();
-        if (lanes_ != Lanes::Found) group_copies(w);
+        // Each new pack extends to the packs of its users (the cheapest
+        // operand vectors first) and to its operands' packs.
+        size_t done = first;
+        auto extend = [&] {
+            for (; done < packs_.size(); ++done) {
+                const auto [p, q] = packs_[done].from;
+                const std::vector<int> uq = user_packs(q);
+                for (int u : user_packs(p)) {
+                    int best = -1, least = 1 << 30;
+                    for (int v : uq)
+                        if (can_group(u, v, w))
+                            if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
+                    if (best >= 0) make_group(u, best);
+                }
+                const Instr& x = code_[static_cast<size_t>(packs_[done].in[0])];
+                if (x.op == Opcode::Load) continue;
+                for (bool b : {false, true}) {
+                    if (b && !binary(x)) break;
+                    const int op = operand_pack(p, b), oq = operand_pack(q, b);
+                    if (op >= 0 && oq >= 0 && can_group(op, oq, w)) make_group(op, oq);
+                }
+            }
+        };
+        // The batches first, so that their loads group as their copies read
+        // them rather than as they lie in memory.
+        if (lanes_ != Lanes::Found) {
+            group_copies(w);
+            extend();
+        }
         // Packs of h loads or of h stored values at neighbouring slots, in
         // lane order, from a multiple of h.
         std::map<int, int> loads, stores;
@@ -388,24 +448,7 @@ private:
             for (const auto& [slot, k] : *seeds)
                 if (slot % w == 0 && seeds->count(slot + h) && can_group(k, seeds->at(slot + h), w))
                     make_group(k, seeds->at(slot + h));
-        for (size_t k = first; k < packs_.size(); ++k) {
-            const auto [p, q] = packs_[k].from;
-            const std::vector<int> uq = user_packs(q);
-            for (int u : user_packs(p)) {
-                int best = -1, least = 1 << 30;
-                for (int v : uq)
-                    if (can_group(u, v, w))
-                        if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
-                if (best >= 0) make_group(u, best);
-            }
-            const Instr& x = code_[static_cast<size_t>(packs_[k].in[0])];
-            if (x.op == Opcode::Load) continue;
-            for (bool b : {false, true}) {
-                if (b && !binary(x)) break;
-                const int op = operand_pack(p, b), oq = operand_pack(q, b);
-                if (op >= 0 && oq >= 0 && can_group(op, oq, w)) make_group(op, oq);
-            }
-        }
+        extend();
     }
 
     // ---- Schedule: packs and single instructions in an order that respects
@@ -1079,11 +1122,14 @@ namespace {
 // The AVX2 body: which quads pay depends on the shuffles their neighbours
 // need, which the greedy grouping does not see, so the body is printed with
 // pairs alone and with quads under each limit and each way of seeding them,
-// and the one with the fewest instructions is kept, with its count, its
-// limit (-2: pairs alone) and its seeding.
+// and the one with the fewest instructions (spills counted) is kept, with its
+// count, its limit (-2: pairs alone) and its seeding.
+constexpr int kAvx2Registers = 16, kAvx512Registers = 32;
+
 struct Choice {
     std::string text;
     int instructions = 0;
+    int cost = 0;  // the instructions and the spills
     int slack = -2;
     Lanes lanes = Lanes::Found;
 };
@@ -1094,13 +1140,17 @@ bool has_batches(const Program& prog) {
 }
 
 Choice avx2_choice(const Program& prog, const std::string& ns) {
-    Choice best{SimdPrinter(prog, 2).run(ns, nullptr), 0, -2};
+    SimdPrinter pairs(prog, 2);
+    Choice best{pairs.run(ns, nullptr)};
     best.instructions = instructions(best.text);
+    best.cost = best.instructions + pairs.spills(kAvx2Registers);
     for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
         if (lanes != Lanes::Found && !has_batches(prog)) break;
         for (int slack : {-1, 0, 1}) {
-            std::string text = SimdPrinter(prog, 4, slack, -1, lanes).run(ns, nullptr);
-            if (const int n = instructions(text); n < best.instructions) best = {std::move(text), n, slack, lanes};
+            SimdPrinter printer(prog, 4, slack, -1, lanes);
+            std::string text = printer.run(ns, nullptr);
+            const int n = instructions(text);
+            if (const int c = n + printer.spills(kAvx2Registers); c < best.cost) best = {std::move(text), n, c, slack, lanes};
         }
     }
     return best;
@@ -1111,18 +1161,21 @@ Choice avx2_choice(const Program& prog, const std::string& ns) {
 std::string print_avx2(const Program& prog, const std::string& ns) { return avx2_choice(prog, ns).text; }
 
 // Octets on top of the AVX2 body's quads (under its limit, or any where it
-// has none), under each limit for the octets; kept only if it has octets and
-// fewer instructions than the AVX2 body.
+// has none), under each limit for the octets and each way of seeding them;
+// the one with the fewest instructions and spills is kept if it has octets
+// and fewer instructions than the AVX2 body.
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
     Choice avx2 = avx2_choice(prog, ns);
     std::string best;
-    int least = avx2.instructions;
+    int least = avx2.instructions, cheapest = 1 << 30;
     for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
         if (lanes != Lanes::Found && !has_batches(prog)) break;
         for (int slack8 : {-1, 0, 1}) {
             SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes);
             std::string text = printer.run(ns, nullptr);
-            if (const int n = instructions(text); n < least && printer.octets() > 0) least = n, best = std::move(text);
+            const int n = instructions(text), c = n + printer.spills(kAvx512Registers);
+            if (n < avx2.instructions && c < cheapest && printer.octets() > 0)
+                least = n, cheapest = c, best = std::move(text);
         }
     }
     if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
