@@ -1122,8 +1122,8 @@ namespace {
 // The AVX2 body: which quads pay depends on the shuffles their neighbours
 // need, which the greedy grouping does not see, so the body is printed with
 // pairs alone and with quads under each limit and each way of seeding them,
-// and the one with the fewest instructions (spills counted) is kept, with its
-// count, its limit (-2: pairs alone) and its seeding.
+// and the cheapest kept, with its count, its limit (-2: pairs alone) and its
+// seeding.
 constexpr int kAvx2Registers = 16, kAvx512Registers = 32;
 
 struct Choice {
@@ -1140,19 +1140,28 @@ bool has_batches(const Program& prog) {
 }
 
 Choice avx2_choice(const Program& prog, const std::string& ns) {
+    // Pairs alone and quads as found, by their instructions.
     SimdPrinter pairs(prog, 2);
     Choice best{pairs.run(ns, nullptr)};
     best.instructions = instructions(best.text);
     best.cost = best.instructions + pairs.spills(kAvx2Registers);
-    for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
-        if (lanes != Lanes::Found && !has_batches(prog)) break;
+    for (int slack : {-1, 0, 1}) {
+        SimdPrinter printer(prog, 4, slack);
+        std::string text = printer.run(ns, nullptr);
+        if (const int n = instructions(text); n < best.instructions)
+            best = {std::move(text), n, n + printer.spills(kAvx2Registers), slack};
+    }
+    // Quads seeded from the batches where they take fewer instructions, the
+    // one with the fewest instructions and spills.
+    if (!has_batches(prog)) return best;
+    const int found = best.instructions;
+    for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
         for (int slack : {-1, 0, 1}) {
             SimdPrinter printer(prog, 4, slack, -1, lanes);
             std::string text = printer.run(ns, nullptr);
-            const int n = instructions(text);
-            if (const int c = n + printer.spills(kAvx2Registers); c < best.cost) best = {std::move(text), n, c, slack, lanes};
+            const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
+            if (n < found && c < best.cost) best = {std::move(text), n, c, slack, lanes};
         }
-    }
     return best;
 }
 
@@ -1161,20 +1170,23 @@ Choice avx2_choice(const Program& prog, const std::string& ns) {
 std::string print_avx2(const Program& prog, const std::string& ns) { return avx2_choice(prog, ns).text; }
 
 // Octets on top of the AVX2 body's quads (under its limit, or any where it
-// has none), under each limit for the octets and each way of seeding them;
-// the one with the fewest instructions and spills is kept if it has octets
-// and fewer instructions than the AVX2 body.
+// has none), under each limit for the octets, kept only if it has octets
+// and fewer instructions than the AVX2 body: as found, the one with the
+// fewest instructions; seeded from the batches where they take fewer still,
+// the one with the fewest instructions and spills.
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
     Choice avx2 = avx2_choice(prog, ns);
     std::string best;
-    int least = avx2.instructions, cheapest = 1 << 30;
+    int least = avx2.instructions, cheapest = 1 << 30, found = least;
     for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
         if (lanes != Lanes::Found && !has_batches(prog)) break;
+        if (lanes == Lanes::CopiesParts) found = least;
         for (int slack8 : {-1, 0, 1}) {
             SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes);
             std::string text = printer.run(ns, nullptr);
+            if (printer.octets() == 0) continue;
             const int n = instructions(text), c = n + printer.spills(kAvx512Registers);
-            if (n < avx2.instructions && c < cheapest && printer.octets() > 0)
+            if (lanes == Lanes::Found ? n < least : n < found && c < cheapest)
                 least = n, cheapest = c, best = std::move(text);
         }
     }
