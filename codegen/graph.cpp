@@ -5,7 +5,10 @@
 
 namespace zg {
 
-Graph::Graph() { nodes_.push_back(Node{}); }
+Graph::Graph() {
+    nodes_.push_back(Node{});
+    tags_.emplace_back();
+}
 
 size_t Graph::KeyHash::operator()(const Key& key) const {
     uint64_t h = static_cast<uint64_t>(key.op);
@@ -21,9 +24,14 @@ const Ref* Graph::find(const Key& key) const {
 }
 
 Ref Graph::make(const Node& n) {
+    // Every request counts in the open copies, found or new, so the copies
+    // of a batch stay aligned where one of them meets an existing node.
+    LaneTags t{};
+    for (size_t l = 0; l < open_.size() && l < kLaneLevels; ++l) t[l] = open_[l], ++open_[l].pos;
     const Key key = key_of(n);
     if (const Ref* r = find(key)) return *r;
     nodes_.push_back(n);
+    tags_.push_back(t);
     const Ref r{static_cast<int32_t>(nodes_.size() - 1), false};
     existing_.emplace(key, r);
     return r;

@@ -20,6 +20,7 @@
 
 #include "double_double.hpp"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
@@ -55,6 +56,19 @@ struct Node {
     int32_t slot = 0;        // Input: scalar index in the source
 };
 
+// Where a recipe built a node: in copy `copy` of a batch of identical inner
+// transforms (`group`), as the `pos`-th node request of that copy.  Copies of
+// one batch perform the same operations on different data, so the nodes at
+// one position of neighbouring copies can share a vector's lanes.  Levels
+// run from the outermost batch inwards; group -1 is no batch.
+struct LaneTag {
+    int32_t group = -1;
+    int32_t copy = 0;
+    int32_t pos = 0;
+};
+constexpr size_t kLaneLevels = 3;
+using LaneTags = std::array<LaneTag, kLaneLevels>;
+
 class Graph {
 public:
     Graph();
@@ -84,6 +98,13 @@ public:
     double constant(int32_t index) const { return constants_[static_cast<size_t>(index)].to_double(); }
     bool in_double(Ref r) const { return node(r.id).in_double; }
 
+    // Lane tags: metadata for the vector printers that never changes a node.
+    // A node keeps the tags of its first construction.
+    int32_t new_lane_group() { return next_group_++; }
+    void enter_copy(int32_t group, int32_t copy) { open_.push_back({group, copy, 0}); }
+    void leave_copy() { open_.pop_back(); }
+    const LaneTags& lane_tags(int32_t id) const { return tags_[static_cast<size_t>(id)]; }
+
 private:
     // What makes two nodes the same: operation, operands and the constant
     // index or input slot.
@@ -105,6 +126,21 @@ private:
     std::vector<DoubleDouble> constants_;
     std::unordered_map<uint64_t, int32_t> constant_by_bits_;
     std::unordered_map<Key, Ref, KeyHash> existing_;
+    std::vector<LaneTags> tags_;
+    std::vector<LaneTag> open_;  // the copies being built, outermost first
+    int32_t next_group_ = 0;
+};
+
+// Nodes made while it lives belong to copy `copy` of batch `group`.
+class CopyScope {
+public:
+    CopyScope(Graph& g, int32_t group, int32_t copy) : g_(g) { g_.enter_copy(group, copy); }
+    ~CopyScope() { g_.leave_copy(); }
+    CopyScope(const CopyScope&) = delete;
+    CopyScope& operator=(const CopyScope&) = delete;
+
+private:
+    Graph& g_;
 };
 
 // The values of the given references for one set of input values (indexed by

@@ -109,6 +109,7 @@ Program lower_placed(const CodeletGraph& c, const Signature& sig, Precision p, i
         Instr in;
         in.type = widens && n.in_double ? Type::F64 : prog.scalar;
         in.result = value[i];
+        in.lanes = g.lane_tags(static_cast<int32_t>(i));
         in.a = operand(n.a, false);
         switch (n.op) {
         case Op::Add: in.op = Opcode::Add; in.b = operand(n.b, false); break;

@@ -46,6 +46,7 @@ struct Instr {
     int32_t slot = 0;          // Load and Store: scalar index
     Store mode = Store::Plain; // Store
     int32_t last_use = -1;     // index of the last instruction that reads the result
+    LaneTags lanes{};          // where the recipe built it (metadata for the vector printers)
 };
 
 // What the printed function looks like.

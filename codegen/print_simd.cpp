@@ -38,17 +38,59 @@ struct Pack {
     std::array<int, 2> from{-1, -1};  // a quad's two pairs, an octet's two quads
 };
 
+// How packs are seeded.  Found: from neighbouring loads and stores, and
+// extended along the instruction list (the lanes rediscovered).  Copies ×
+// parts: as found for pairs (a complex value's two parts), then wider packs
+// side by side from neighbouring copies of a batch, the same position in
+// each.  Copies: every lane another copy, pairs from copies 2k and 2k + 1,
+// wider packs from neighbouring pairs of copies.  What the tags leave is
+// found as before.
+enum class Lanes { Found, CopiesParts, Copies };
+
 class SimdPrinter {
 public:
     // `widest` is 2, 4 or 8 lanes; `slack` limits the quads and `slack8` the
-    // octets (see can_group).
-    SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1)
-        : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8} {}
+    // octets (see can_group); `lanes` says how the recipes' batches of
+    // identical transforms seed packs (see Lanes).
+    SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found)
+        : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes) {}
 
     int octets() const {
         int n = 0;
         for (const Unit& u : order_) n += u.pack >= 0 && packs_[static_cast<size_t>(u.pack)].width == 8;
         return n;
+    }
+
+    // What spills would cost in the printed order with this many vector
+    // registers: a value defined while all registers hold live values sends
+    // one to memory, a store and a load.  (Scalars take registers too.)
+    int spills(int registers) const {
+        std::vector<int> at(code_.size(), -1);
+        for (size_t k = 0; k < order_.size(); ++k) {
+            const Unit& u = order_[k];
+            if (u.pack >= 0)
+                for (int i : lanes(u.pack)) at[static_cast<size_t>(i)] = static_cast<int>(k);
+            else
+                at[static_cast<size_t>(u.instr)] = static_cast<int>(k);
+            for (int j : u.more) at[static_cast<size_t>(j)] = static_cast<int>(k);
+        }
+        std::vector<int> last(order_.size(), -1);
+        for (size_t i = 0; i < code_.size(); ++i)
+            for (Operand o : {code_[i].a, code_[i].b})
+                if (o.value != 0) {
+                    const int d = at[static_cast<size_t>(def_.at(o.value))];
+                    last[static_cast<size_t>(d)] = std::max(last[static_cast<size_t>(d)], at[i]);
+                }
+        std::vector<int> dies(order_.size() + 1, 0);
+        int live = 0, cost = 0;
+        for (size_t k = 0; k < order_.size(); ++k) {
+            live -= dies[k];
+            if (last[k] < 0) continue;
+            if (live >= registers) cost += 2;
+            ++live;
+            ++dies[static_cast<size_t>(last[k])];
+        }
+        return cost;
     }
 
     std::string run(const std::string& ns, double* packed_share) {
@@ -87,6 +129,81 @@ private:
         }
         pack_.assign(code_.size(), -1);
         lane_.assign(code_.size(), 0);
+        if (lanes_ == Lanes::Found) return;
+        for (size_t i = 0; i < code_.size(); ++i)
+            for (size_t l = 0; l < kLaneLevels; ++l)
+                if (const LaneTag& t = code_[i].lanes[l]; t.group >= 0 && code_[i].op != Opcode::Store)
+                    at_[{static_cast<int>(l), t.group, t.copy, t.pos}] = static_cast<int>(i);
+    }
+
+    // ---- Lanes from the recipes' batches ------------------------------------
+
+    // The instruction at a position of a copy of a batch (at tag level l), or -1.
+    int tagged(size_t l, const LaneTag& t, int copy) const {
+        const auto it = at_.find({static_cast<int>(l), t.group, copy, t.pos});
+        return it == at_.end() ? -1 : it->second;
+    }
+
+    // Pairs of the instructions at one position of copies 2k and 2k + 1, outer
+    // batches first; then the loads both lanes of such a pair read.
+    void pair_copies() {
+        for (size_t l = 0; l < kLaneLevels; ++l)
+            for (size_t i = 0; i < code_.size(); ++i) {
+                const LaneTag& t = code_[i].lanes[l];
+                if (t.group < 0 || t.copy % 2 != 0) continue;
+                const int j = tagged(l, t, t.copy + 1);
+                if (j >= 0 && can_pair(static_cast<int>(i), j)) make_pack(static_cast<int>(i), j);
+            }
+        const size_t made = packs_.size();
+        for (size_t k = 0; k < made; ++k) {
+            const Instr &x = code_[static_cast<size_t>(packs_[k].in[0])], &y = code_[static_cast<size_t>(packs_[k].in[1])];
+            for (bool b : {false, true}) {
+                if (b && !binary(x)) break;
+                const int u = b ? x.b.value : x.a.value, v = b ? y.b.value : y.a.value;
+                if (u == 0 || v == 0 || u == v) continue;
+                const int du = def_[u], dv = def_[v];
+                if (code_[static_cast<size_t>(du)].op == Opcode::Load && code_[static_cast<size_t>(dv)].op == Opcode::Load &&
+                    pack_[static_cast<size_t>(du)] < 0 && pack_[static_cast<size_t>(dv)] < 0)
+                    make_pack(du, dv);
+            }
+        }
+    }
+
+    // The free pack of w / 2 lanes beside pack p in the batch of tag level l:
+    // the same positions in the next copies (p covers copies c to c + d - 1
+    // with c a multiple of 2d; its partner c + d to c + 2d - 1, lane by lane).
+    int beside(int p, size_t l, int w) const {
+        const std::vector<int> in = lanes(p);
+        int lo = 1 << 30, hi = -1;
+        const int group = code_[static_cast<size_t>(in[0])].lanes[l].group;
+        for (int i : in) {
+            const LaneTag& t = code_[static_cast<size_t>(i)].lanes[l];
+            if (t.group < 0 || t.group != group) return -1;
+            lo = std::min(lo, t.copy), hi = std::max(hi, t.copy);
+        }
+        const int d = hi - lo + 1;
+        if (lo % (2 * d) != 0) return -1;
+        int q = -1;
+        for (size_t k = 0; k < in.size(); ++k) {
+            const LaneTag& t = code_[static_cast<size_t>(in[k])].lanes[l];
+            const int j = tagged(l, t, t.copy + d);
+            if (j < 0 || lane_[static_cast<size_t>(j)] != static_cast<int>(k)) return -1;
+            const int kj = pack_[static_cast<size_t>(j)];
+            if (kj < 0 || (q >= 0 && kj != q)) return -1;
+            q = kj;
+        }
+        return free_pack(q, w / 2) ? q : -1;
+    }
+
+    // Packs of w lanes from free packs of w / 2 beside each other in a batch.
+    void group_copies(int w) {
+        for (size_t l = 0; l < kLaneLevels; ++l) {
+            const size_t made = packs_.size();
+            for (size_t k = 0; k < made; ++k)
+                if (free_pack(static_cast<int>(k), w / 2))
+                    if (const int q = beside(static_cast<int>(k), l, w); q >= 0 && can_group(static_cast<int>(k), q, w))
+                        make_group(static_cast<int>(k), q);
+        }
     }
 
     bool binary(const Instr& in) const { return in.op != Opcode::MulConst && in.op != Opcode::Round; }
@@ -127,11 +244,14 @@ private:
     // Seeds: neighbouring loads (a complex element's two parts, or two
     // neighbouring reals).  Then pairs of users of paired values, in order.
     void pair() {
+        if (lanes_ == Lanes::Copies) pair_copies();
         std::map<int, int> load_at;
         for (size_t i = 0; i < code_.size(); ++i)
             if (code_[i].op == Opcode::Load) load_at[code_[i].slot] = static_cast<int>(i);
         for (const auto& [slot, i] : load_at)
-            if (slot % 2 == 0 && load_at.count(slot + 1)) make_pack(i, load_at[slot + 1]);
+            if (slot % 2 == 0 && load_at.count(slot + 1) && pack_[static_cast<size_t>(i)] < 0 &&
+                pack_[static_cast<size_t>(load_at[slot + 1])] < 0)
+                make_pack(i, load_at[slot + 1]);
         // Neighbouring stores seed pairs of the values they store.
         std::map<int, int> store_at;
         for (size_t i = 0; i < code_.size(); ++i)
@@ -266,6 +386,35 @@ private:
     void group(int w) {
         const int h = w / 2;
         const size_t first = packs_.size();
+        // Each new pack extends to the packs of its users (the cheapest
+        // operand vectors first) and to its operands' packs.
+        size_t done = first;
+        auto extend = [&] {
+            for (; done < packs_.size(); ++done) {
+                const auto [p, q] = packs_[done].from;
+                const std::vector<int> uq = user_packs(q);
+                for (int u : user_packs(p)) {
+                    int best = -1, least = 1 << 30;
+                    for (int v : uq)
+                        if (can_group(u, v, w))
+                            if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
+                    if (best >= 0) make_group(u, best);
+                }
+                const Instr& x = code_[static_cast<size_t>(packs_[done].in[0])];
+                if (x.op == Opcode::Load) continue;
+                for (bool b : {false, true}) {
+                    if (b && !binary(x)) break;
+                    const int op = operand_pack(p, b), oq = operand_pack(q, b);
+                    if (op >= 0 && oq >= 0 && can_group(op, oq, w)) make_group(op, oq);
+                }
+            }
+        };
+        // The batches first, so that their loads group as their copies read
+        // them rather than as they lie in memory.
+        if (lanes_ != Lanes::Found) {
+            group_copies(w);
+            extend();
+        }
         // Packs of h loads or of h stored values at neighbouring slots, in
         // lane order, from a multiple of h.
         std::map<int, int> loads, stores;
@@ -299,24 +448,7 @@ private:
             for (const auto& [slot, k] : *seeds)
                 if (slot % w == 0 && seeds->count(slot + h) && can_group(k, seeds->at(slot + h), w))
                     make_group(k, seeds->at(slot + h));
-        for (size_t k = first; k < packs_.size(); ++k) {
-            const auto [p, q] = packs_[k].from;
-            const std::vector<int> uq = user_packs(q);
-            for (int u : user_packs(p)) {
-                int best = -1, least = 1 << 30;
-                for (int v : uq)
-                    if (can_group(u, v, w))
-                        if (const int c = operand_cost(lanes(u, v)); c < least) least = c, best = v;
-                if (best >= 0) make_group(u, best);
-            }
-            const Instr& x = code_[static_cast<size_t>(packs_[k].in[0])];
-            if (x.op == Opcode::Load) continue;
-            for (bool b : {false, true}) {
-                if (b && !binary(x)) break;
-                const int op = operand_pack(p, b), oq = operand_pack(q, b);
-                if (op >= 0 && oq >= 0 && can_group(op, oq, w)) make_group(op, oq);
-            }
-        }
+        extend();
     }
 
     // ---- Schedule: packs and single instructions in an order that respects
@@ -937,6 +1069,8 @@ private:
     const bool single_;
     const int widest_;                 // lanes of the widest packs: 2, 4 or 8
     const std::array<int, 2> slack_;  // how much dearer than its halves' a quad's (octet's) operands may be; -1: any
+    const Lanes lanes_;
+    std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
     std::vector<int> pack_, lane_;
@@ -987,21 +1121,47 @@ namespace {
 
 // The AVX2 body: which quads pay depends on the shuffles their neighbours
 // need, which the greedy grouping does not see, so the body is printed with
-// pairs alone and with quads under each limit, and the one with the fewest
-// instructions is kept, with its count and its limit (-2: pairs alone).
+// pairs alone and with quads under each limit and each way of seeding them,
+// and the cheapest kept, with its count, its limit (-2: pairs alone) and its
+// seeding.
+constexpr int kAvx2Registers = 16, kAvx512Registers = 32;
+
 struct Choice {
     std::string text;
     int instructions = 0;
+    int cost = 0;  // the instructions and the spills
     int slack = -2;
+    Lanes lanes = Lanes::Found;
 };
 
+// Whether the recipes marked batches of identical transforms in the list.
+bool has_batches(const Program& prog) {
+    return std::any_of(prog.code.begin(), prog.code.end(), [](const Instr& in) { return in.lanes[0].group >= 0; });
+}
+
 Choice avx2_choice(const Program& prog, const std::string& ns) {
-    Choice best{SimdPrinter(prog, 2).run(ns, nullptr), 0, -2};
+    // Pairs alone and quads as found, by their instructions.
+    SimdPrinter pairs(prog, 2);
+    Choice best{pairs.run(ns, nullptr)};
     best.instructions = instructions(best.text);
+    best.cost = best.instructions + pairs.spills(kAvx2Registers);
     for (int slack : {-1, 0, 1}) {
-        std::string text = SimdPrinter(prog, 4, slack).run(ns, nullptr);
-        if (const int n = instructions(text); n < best.instructions) best = {std::move(text), n, slack};
+        SimdPrinter printer(prog, 4, slack);
+        std::string text = printer.run(ns, nullptr);
+        if (const int n = instructions(text); n < best.instructions)
+            best = {std::move(text), n, n + printer.spills(kAvx2Registers), slack};
     }
+    // Quads seeded from the batches where they take fewer instructions, the
+    // one with the fewest instructions and spills.
+    if (!has_batches(prog)) return best;
+    const int found = best.instructions;
+    for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
+        for (int slack : {-1, 0, 1}) {
+            SimdPrinter printer(prog, 4, slack, -1, lanes);
+            std::string text = printer.run(ns, nullptr);
+            const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
+            if (n < found && c < best.cost) best = {std::move(text), n, c, slack, lanes};
+        }
     return best;
 }
 
@@ -1010,16 +1170,25 @@ Choice avx2_choice(const Program& prog, const std::string& ns) {
 std::string print_avx2(const Program& prog, const std::string& ns) { return avx2_choice(prog, ns).text; }
 
 // Octets on top of the AVX2 body's quads (under its limit, or any where it
-// has none), under each limit for the octets; kept only if it has octets and
-// fewer instructions than the AVX2 body.
+// has none), under each limit for the octets, kept only if it has octets
+// and fewer instructions than the AVX2 body: as found, the one with the
+// fewest instructions; seeded from the batches where they take fewer still,
+// the one with the fewest instructions and spills.
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
     Choice avx2 = avx2_choice(prog, ns);
     std::string best;
-    int least = avx2.instructions;
-    for (int slack8 : {-1, 0, 1}) {
-        SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8);
-        std::string text = printer.run(ns, nullptr);
-        if (const int n = instructions(text); n < least && printer.octets() > 0) least = n, best = std::move(text);
+    int least = avx2.instructions, cheapest = 1 << 30, found = least;
+    for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
+        if (lanes != Lanes::Found && !has_batches(prog)) break;
+        if (lanes == Lanes::CopiesParts) found = least;
+        for (int slack8 : {-1, 0, 1}) {
+            SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes);
+            std::string text = printer.run(ns, nullptr);
+            if (printer.octets() == 0) continue;
+            const int n = instructions(text), c = n + printer.spills(kAvx512Registers);
+            if (lanes == Lanes::Found ? n < least : n < found && c < cheapest)
+                least = n, cheapest = c, best = std::move(text);
+        }
     }
     if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
     if (avx2_body) *avx2_body = std::move(avx2.text);

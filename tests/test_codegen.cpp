@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <complex>
 #include <cstdlib>
@@ -194,6 +195,37 @@ TEST(CodegenSimd, PowersOfTwoRunInOctetsOnAvx512) {
             EXPECT_NE(octets.find(p == Precision::Double ? "_mm512_add_pd(" : "_mm256_add_ps("), std::string::npos);
             EXPECT_EQ(octets.find("_fm"), std::string::npos);
         }
+    }
+}
+
+// The copies of a prime-factor stage are the same transform on other data:
+// their instructions line up position by position (what the vector printer
+// seeds lanes from), and every operation of the list belongs to a batch.
+TEST(CodegenLanes, CopiesOfABatchLineUp) {
+    Planner planner;
+    const Family& f = families().front();
+    for (int n : {15, 48, 60}) {
+        const CodeletGraph c = build_codelet(planner, f, n);
+        const Program prog = lower(c, {codelet_name(f, n, Precision::Single), element_type(f, Precision::Single),
+                                       f.complex_elements, f.rule, length_of(f, n)},
+                                   Precision::Single);
+        SCOPED_TRACE(prog.sig.function);
+        std::map<std::array<int, 3>, const Instr*> at;  // (batch, copy, position)
+        for (const Instr& in : prog.code) {
+            if (in.op == Opcode::Load || in.op == Opcode::Store) continue;
+            const LaneTag& t = in.lanes[0];
+            ASSERT_GE(t.group, 0);
+            at[{t.group, t.copy, t.pos}] = &in;
+        }
+        int compared = 0;
+        for (const auto& [key, in] : at) {
+            const auto next = at.find({key[0], key[1] + 1, key[2]});
+            if (next == at.end()) continue;
+            EXPECT_EQ(next->second->op, in->op);
+            EXPECT_EQ(next->second->type, in->type);
+            ++compared;
+        }
+        EXPECT_GT(compared, static_cast<int>(at.size()) / 2);
     }
 }
 

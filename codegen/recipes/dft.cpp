@@ -25,8 +25,13 @@ int pow2_first_factor(int n) {
 CxVec cooley_tukey(Context& ctx, const CxVec& x, int n1s, int n2s, int sign) {
     Graph& g = ctx.g;
     const int n = n1s * n2s;
+    // Each stage is a batch of identical transforms (see LaneTag): copy a of
+    // the first reads the neighbours of copy a - 1's inputs, copy k2 of the
+    // second writes the neighbours of copy k2 - 1's outputs.
+    const int32_t rows = g.new_lane_group(), cols = g.new_lane_group();
     std::vector<CxVec> inner(idx(n1s));
     for (int a = 0; a < n1s; ++a) {
+        const CopyScope copy(g, rows, a);
         CxVec sub(idx(n2s));
         for (int b = 0; b < n2s; ++b) sub[idx(b)] = x[idx(a + n1s * b)];
         inner[idx(a)] = dft(ctx, sub, sign);
@@ -37,6 +42,7 @@ CxVec cooley_tukey(Context& ctx, const CxVec& x, int n1s, int n2s, int sign) {
     }
     CxVec y(idx(n));
     for (int k2 = 0; k2 < n2s; ++k2) {
+        const CopyScope copy(g, cols, k2);
         CxVec col(idx(n1s));
         for (int a = 0; a < n1s; ++a) col[idx(a)] = inner[idx(a)][idx(k2)];
         CxVec out = dft(ctx, col, sign);
@@ -87,14 +93,19 @@ CxVec direct_odd(Graph& g, const CxVec& x, int sign) {
 // length n2 run first (rows), then those of length n1 (columns).
 CxVec prime_factor(Context& ctx, const CxVec& x, int n1s, int n2s, int sign) {
     const int n = n1s * n2s;
+    Graph& g = ctx.g;
+    // Two batches of identical transforms, as in cooley_tukey.
+    const int32_t first = g.new_lane_group(), second = g.new_lane_group();
     std::vector<CxVec> rows(idx(n1s));
     for (int a = 0; a < n1s; ++a) {
+        const CopyScope copy(g, first, a);
         CxVec sub(idx(n2s));
         for (int b = 0; b < n2s; ++b) sub[idx(b)] = x[idx(pfa_input(a, b, n1s, n2s))];
         rows[idx(a)] = dft(ctx, sub, sign);
     }
     CxVec y(idx(n));
     for (int k2 = 0; k2 < n2s; ++k2) {
+        const CopyScope copy(g, second, k2);
         CxVec col(idx(n1s));
         for (int a = 0; a < n1s; ++a) col[idx(a)] = rows[idx(a)][idx(k2)];
         CxVec out = dft(ctx, col, sign);
