@@ -1,8 +1,12 @@
 // Vectors of lanes for the vector paths.  A translation unit of one path
-// defines ZAM_PATH (sse2, avx2, avx512), switches the compiler to that instruction set
-// and includes this header: the types land in namespace zam::ZAM_PATH, so two
-// paths never share a function body (the linker would otherwise be free to
-// keep one path's copy of an inline function for the other).
+// defines ZAM_PATH (sse2, avx2, avx512) and ZAM_PATH_BITS (its widest vector:
+// 128, 256, 512), switches the compiler to that instruction set and includes
+// this header: the types land in namespace zam::ZAM_PATH, so two paths never
+// share a function body (the linker would otherwise be free to keep one
+// path's copy of an inline function for the other).  The path's width comes
+// from ZAM_PATH_BITS, never from the compiler's __AVX2__ or __AVX512F__: a
+// user's -march=native turns those on in every path's sources, and the SSE2
+// path must stay SSE2 code on every processor.
 //
 // Every operation acts on each lane alone and is exactly the scalar
 // operation on that lane's operands: sums, differences and products in the
@@ -18,8 +22,8 @@
 //   V::rows(p, row, count, out)   out[k] lane l = p[l row + k], k < count
 //                     (a transposition: lane l reads row l)
 //   V::store_rows(p, row, count, in)  p[l row + k] = in[k] lane l
-#ifndef ZAM_PATH
-#error "define ZAM_PATH before including simd/lanes.hpp"
+#if !defined(ZAM_PATH) || !defined(ZAM_PATH_BITS)
+#error "define ZAM_PATH and ZAM_PATH_BITS before including simd/lanes.hpp"
 #endif
 
 #include <immintrin.h>
@@ -120,7 +124,7 @@ struct F64x2 {
 };
 ZAM_LANE_OPS(F64x2, _mm_add_pd, _mm_sub_pd, _mm_mul_pd, _mm_xor_pd, _mm_set1_pd)
 
-#ifdef __AVX2__
+#if ZAM_PATH_BITS >= 256
 struct F32x8 {
     using T = float;
     using Half = F32x4;
@@ -203,7 +207,7 @@ ZAM_LANE_OPS(F64x4, _mm256_add_pd, _mm256_sub_pd, _mm256_mul_pd, _mm256_xor_pd, 
 #endif
 
 
-#ifdef __AVX512F__
+#if ZAM_PATH_BITS >= 512
 // 512-bit vectors: loads (reversed ones too) and stores for the DCT-IV's
 // first passes and nested stages, and the in-vector butterflies of the
 // Walsh-Hadamard passes.
@@ -313,10 +317,10 @@ ZAM_LANE_OPS(F64x8, _mm512_add_pd, _mm512_sub_pd, _mm512_mul_pd, _mm512_xor_pd, 
 // The widest vector of the path, per element type; each vector type names
 // the next narrower one as Half (the 128-bit ones themselves).
 template <class T> struct Wide;
-#if defined(__AVX512F__)
+#if ZAM_PATH_BITS >= 512
 template <> struct Wide<float> { using type = F32x16; };
 template <> struct Wide<double> { using type = F64x8; };
-#elif defined(__AVX2__)
+#elif ZAM_PATH_BITS >= 256
 template <> struct Wide<float> { using type = F32x8; };
 template <> struct Wide<double> { using type = F64x4; };
 #else

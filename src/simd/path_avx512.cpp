@@ -4,6 +4,7 @@
 // and everything it defines lives in its own namespace: no function body is
 // shared with another path.
 #define ZAM_PATH avx512
+#define ZAM_PATH_BITS 512
 // GCC 12 takes the _mm512_undefined_* operand inside some AVX-512 intrinsics
 // (_mm512_permute_ps, _mm512_shuffle_f32x4) for an uninitialised variable
 // (-Wuninitialized where the user's flags inline more, as -O3 -march=native).

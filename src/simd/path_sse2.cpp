@@ -2,6 +2,7 @@
 // that instruction set (src/CMakeLists.txt), and everything it defines lives
 // in its own namespace: no function body is shared with another path.
 #define ZAM_PATH sse2
+#define ZAM_PATH_BITS 128
 #include "simd/lanes.hpp"
 #include "dct4_lanes.hpp"
 #include "dct4/lanes.hpp"
