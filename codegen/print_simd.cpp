@@ -97,6 +97,14 @@ public:
         return cost;
     }
 
+    // Whether pairing by factors chose another partner than the first
+    // equally cheap one anywhere (else the body is the one printed without).
+    bool pairs_by_factor() {
+        index();
+        pair();
+        return by_factor_chose_;
+    }
+
     std::string run(const std::string& ns, double* packed_share) {
         index();
         pair();
@@ -286,8 +294,12 @@ private:
                 int best = -1, least = kMaxPairCost + 1;
                 for (int v : users_[static_cast<size_t>(y)])
                     if (can_pair(u, v))
-                        if (const int c = pair_cost(u, v); c < least || (c == least && same_factor(u, v) && !same_factor(u, best)))
+                        if (const int c = pair_cost(u, v); c < least) {
                             least = c, best = v;
+                        } else if (c == least && same_factor(u, v) && !same_factor(u, best)) {
+                            best = v;
+                            by_factor_chose_ = true;
+                        }
                 if (best >= 0) make_pack(u, best);
             }
             const Instr &ix = code_[static_cast<size_t>(x)], &iy = code_[static_cast<size_t>(y)];
@@ -1088,6 +1100,7 @@ private:
     const std::array<int, 2> slack_;  // how much dearer than its halves' a quad's (octet's) operands may be; -1: any
     const Lanes lanes_;
     const bool by_factor_;  // products pair by their factors where that costs nothing
+    bool by_factor_chose_ = false;
     std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
@@ -1154,12 +1167,22 @@ struct Choice {
 };
 
 // The ways of pairing products tried: by their factors too for complex
-// data, whose twiddle products it serves; in the real-data and Hartley
-// families it saved estimated instructions but ran slower (the real forward
-// transform of 48 floats by a third, Hartley 13 and 48 by a tenth).
-std::vector<bool> factor_pairings(const Program& prog) {
-    return prog.sig.complex_elements ? std::vector<bool>{false, true} : std::vector<bool>{false};
-}
+// data, whose twiddle products it serves, where that changes a pair (the
+// pairs do not depend on the limits, and seeded from the batches only with
+// copies alone); in the real-data and Hartley families it saved estimated
+// instructions but ran slower (the real forward transform of 48 floats by a
+// third, Hartley 13 and 48 by a tenth).
+struct FactorPairings {
+    bool found = false, copies = false;  // worth trying as found (and copies x parts), and with copies alone
+
+    explicit FactorPairings(const Program& prog) {
+        if (!prog.sig.complex_elements) return;
+        found = SimdPrinter(prog, 4, -1, -1, Lanes::Found, true).pairs_by_factor();
+        copies = SimdPrinter(prog, 4, -1, -1, Lanes::Copies, true).pairs_by_factor();
+    }
+    // Whether a body with this seeding and pairing is printed.
+    bool tried(Lanes lanes, bool by_factor) const { return !by_factor || (lanes == Lanes::Copies ? copies : found); }
+};
 
 // Whether the recipes marked batches of identical transforms in the list.
 bool has_batches(const Program& prog) {
@@ -1167,15 +1190,17 @@ bool has_batches(const Program& prog) {
 }
 
 Choice avx2_choice(const Program& prog, const std::string& ns) {
+    const FactorPairings factors(prog);
     // Pairs alone and quads as found, by their instructions.
     SimdPrinter pairs(prog, 2);
     Choice best{pairs.run(ns, nullptr)};
     best.instructions = instructions(best.text);
     best.cost = best.instructions + pairs.spills(kAvx2Registers);
     // Each also with the products paired by their factors (see
-    // factor_pairings), kept only where that takes fewer instructions.
-    for (bool by_factor : factor_pairings(prog))
+    // FactorPairings), kept only where that takes fewer instructions.
+    for (bool by_factor : {false, true})
         for (int slack : {-1, 0, 1}) {
+            if (!factors.tried(Lanes::Found, by_factor)) continue;
             SimdPrinter printer(prog, 4, slack, -1, Lanes::Found, by_factor);
             std::string text = printer.run(ns, nullptr);
             if (const int n = instructions(text); n < best.instructions)
@@ -1185,9 +1210,10 @@ Choice avx2_choice(const Program& prog, const std::string& ns) {
     // one with the fewest instructions and spills.
     if (!has_batches(prog)) return best;
     const int found = best.instructions;
-    for (bool by_factor : factor_pairings(prog))
+    for (bool by_factor : {false, true})
         for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
             for (int slack : {-1, 0, 1}) {
+                if (!factors.tried(lanes, by_factor)) continue;
                 SimdPrinter printer(prog, 4, slack, -1, lanes, by_factor);
                 std::string text = printer.run(ns, nullptr);
                 const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
@@ -1207,13 +1233,15 @@ std::string print_avx2(const Program& prog, const std::string& ns) { return avx2
 // the one with the fewest instructions and spills.
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
     Choice avx2 = avx2_choice(prog, ns);
+    const FactorPairings factors(prog);
     std::string best;
     int least = avx2.instructions, cheapest = 1 << 30, found = least;
     for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
         if (lanes != Lanes::Found && !has_batches(prog)) break;
         if (lanes == Lanes::CopiesParts) found = least;
-        for (bool by_factor : factor_pairings(prog))
+        for (bool by_factor : {false, true})
             for (int slack8 : {-1, 0, 1}) {
+                if (!factors.tried(lanes, by_factor)) continue;
                 SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes, by_factor);
                 std::string text = printer.run(ns, nullptr);
                 if (printer.octets() == 0) continue;
