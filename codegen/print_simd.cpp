@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <queue>
 #include <sstream>
@@ -52,8 +53,11 @@ public:
     // `widest` is 2, 4 or 8 lanes; `slack` limits the quads and `slack8` the
     // octets (see can_group); `lanes` says how the recipes' batches of
     // identical transforms seed packs (see Lanes).
-    SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found)
-        : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes) {}
+    // `by_factor` pairs products by their factors (see same_factor).
+    SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found,
+                bool by_factor = false)
+        : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes),
+          by_factor_(by_factor) {}
 
     int octets() const {
         int n = 0;
@@ -91,6 +95,14 @@ public:
             ++dies[static_cast<size_t>(last[k])];
         }
         return cost;
+    }
+
+    // Whether pairing by factors chose another partner than the first
+    // equally cheap one anywhere (else the body is the one printed without).
+    bool pairs_by_factor() {
+        index();
+        pair();
+        return by_factor_chose_;
     }
 
     std::string run(const std::string& ns, double* packed_share) {
@@ -233,6 +245,18 @@ private:
         return std::min(straight, cost(x.a.value, y.b.value) + cost(x.b.value, y.a.value));
     }
 
+    // Whether two products take the same factor up to its sign, where the
+    // pairs are made by factors: among equally cheap partners a product then
+    // pairs with one by the same constant.  A twiddle product x (c + i s)
+    // pairs c re with c im and s re with s im, so that packs of neighbouring
+    // complex values give the real and imaginary parts with one swap of the
+    // second pack's lanes, not a shuffle of two packs for each operand.
+    bool same_factor(int u, int v) const {
+        if (!by_factor_ || u < 0 || v < 0) return false;
+        const Instr &x = code_[static_cast<size_t>(u)], &y = code_[static_cast<size_t>(v)];
+        return x.op == Opcode::MulConst && y.op == Opcode::MulConst && std::abs(x.constant) == std::abs(y.constant);
+    }
+
     void make_pack(int u, int v) {
         pack_[u] = pack_[v] = static_cast<int>(packs_.size());
         lane_[u] = 0, lane_[v] = 1;
@@ -270,7 +294,12 @@ private:
                 int best = -1, least = kMaxPairCost + 1;
                 for (int v : users_[static_cast<size_t>(y)])
                     if (can_pair(u, v))
-                        if (const int c = pair_cost(u, v); c < least) least = c, best = v;
+                        if (const int c = pair_cost(u, v); c < least) {
+                            least = c, best = v;
+                        } else if (c == least && same_factor(u, v) && !same_factor(u, best)) {
+                            best = v;
+                            by_factor_chose_ = true;
+                        }
                 if (best >= 0) make_pack(u, best);
             }
             const Instr &ix = code_[static_cast<size_t>(x)], &iy = code_[static_cast<size_t>(y)];
@@ -1070,6 +1099,8 @@ private:
     const int widest_;                 // lanes of the widest packs: 2, 4 or 8
     const std::array<int, 2> slack_;  // how much dearer than its halves' a quad's (octet's) operands may be; -1: any
     const Lanes lanes_;
+    const bool by_factor_;  // products pair by their factors where that costs nothing
+    bool by_factor_chose_ = false;
     std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
@@ -1132,6 +1163,25 @@ struct Choice {
     int cost = 0;  // the instructions and the spills
     int slack = -2;
     Lanes lanes = Lanes::Found;
+    bool by_factor = false;
+};
+
+// The ways of pairing products tried: by their factors too for complex
+// data, whose twiddle products it serves, where that changes a pair (the
+// pairs do not depend on the limits, and seeded from the batches only with
+// copies alone); in the real-data and Hartley families it saved estimated
+// instructions but ran slower (the real forward transform of 48 floats by a
+// third, Hartley 13 and 48 by a tenth).
+struct FactorPairings {
+    bool found = false, copies = false;  // worth trying as found (and copies x parts), and with copies alone
+
+    explicit FactorPairings(const Program& prog) {
+        if (!prog.sig.complex_elements) return;
+        found = SimdPrinter(prog, 4, -1, -1, Lanes::Found, true).pairs_by_factor();
+        copies = SimdPrinter(prog, 4, -1, -1, Lanes::Copies, true).pairs_by_factor();
+    }
+    // Whether a body with this seeding and pairing is printed.
+    bool tried(Lanes lanes, bool by_factor) const { return !by_factor || (lanes == Lanes::Copies ? copies : found); }
 };
 
 // Whether the recipes marked batches of identical transforms in the list.
@@ -1140,28 +1190,35 @@ bool has_batches(const Program& prog) {
 }
 
 Choice avx2_choice(const Program& prog, const std::string& ns) {
+    const FactorPairings factors(prog);
     // Pairs alone and quads as found, by their instructions.
     SimdPrinter pairs(prog, 2);
     Choice best{pairs.run(ns, nullptr)};
     best.instructions = instructions(best.text);
     best.cost = best.instructions + pairs.spills(kAvx2Registers);
-    for (int slack : {-1, 0, 1}) {
-        SimdPrinter printer(prog, 4, slack);
-        std::string text = printer.run(ns, nullptr);
-        if (const int n = instructions(text); n < best.instructions)
-            best = {std::move(text), n, n + printer.spills(kAvx2Registers), slack};
-    }
+    // Each also with the products paired by their factors (see
+    // FactorPairings), kept only where that takes fewer instructions.
+    for (bool by_factor : {false, true})
+        for (int slack : {-1, 0, 1}) {
+            if (!factors.tried(Lanes::Found, by_factor)) continue;
+            SimdPrinter printer(prog, 4, slack, -1, Lanes::Found, by_factor);
+            std::string text = printer.run(ns, nullptr);
+            if (const int n = instructions(text); n < best.instructions)
+                best = {std::move(text), n, n + printer.spills(kAvx2Registers), slack, Lanes::Found, by_factor};
+        }
     // Quads seeded from the batches where they take fewer instructions, the
     // one with the fewest instructions and spills.
     if (!has_batches(prog)) return best;
     const int found = best.instructions;
-    for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
-        for (int slack : {-1, 0, 1}) {
-            SimdPrinter printer(prog, 4, slack, -1, lanes);
-            std::string text = printer.run(ns, nullptr);
-            const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
-            if (n < found && c < best.cost) best = {std::move(text), n, c, slack, lanes};
-        }
+    for (bool by_factor : {false, true})
+        for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
+            for (int slack : {-1, 0, 1}) {
+                if (!factors.tried(lanes, by_factor)) continue;
+                SimdPrinter printer(prog, 4, slack, -1, lanes, by_factor);
+                std::string text = printer.run(ns, nullptr);
+                const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
+                if (n < found && c < best.cost) best = {std::move(text), n, c, slack, lanes, by_factor};
+            }
     return best;
 }
 
@@ -1176,19 +1233,22 @@ std::string print_avx2(const Program& prog, const std::string& ns) { return avx2
 // the one with the fewest instructions and spills.
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
     Choice avx2 = avx2_choice(prog, ns);
+    const FactorPairings factors(prog);
     std::string best;
     int least = avx2.instructions, cheapest = 1 << 30, found = least;
     for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
         if (lanes != Lanes::Found && !has_batches(prog)) break;
         if (lanes == Lanes::CopiesParts) found = least;
-        for (int slack8 : {-1, 0, 1}) {
-            SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes);
-            std::string text = printer.run(ns, nullptr);
-            if (printer.octets() == 0) continue;
-            const int n = instructions(text), c = n + printer.spills(kAvx512Registers);
-            if (lanes == Lanes::Found ? n < least : n < found && c < cheapest)
-                least = n, cheapest = c, best = std::move(text);
-        }
+        for (bool by_factor : {false, true})
+            for (int slack8 : {-1, 0, 1}) {
+                if (!factors.tried(lanes, by_factor)) continue;
+                SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes, by_factor);
+                std::string text = printer.run(ns, nullptr);
+                if (printer.octets() == 0) continue;
+                const int n = instructions(text), c = n + printer.spills(kAvx512Registers);
+                if (lanes == Lanes::Found ? n < least : n < found && c < cheapest)
+                    least = n, cheapest = c, best = std::move(text);
+            }
     }
     if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
     if (avx2_body) *avx2_body = std::move(avx2.text);
