@@ -54,10 +54,17 @@ public:
     // octets (see can_group); `lanes` says how the recipes' batches of
     // identical transforms seed packs (see Lanes).
     // `by_factor` pairs products by their factors (see same_factor).
+    // `float_octets` (AVX2): octets only of float loads, sums and
+    // differences, in 256-bit float vectors; products, their combinations
+    // and roundings stay in quads, and no 512-bit vector is printed.
     SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found,
-                bool by_factor = false)
+                bool by_factor = false, bool float_octets = false)
         : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes),
-          by_factor_(by_factor) {}
+          by_factor_(by_factor), float_octets_(float_octets), not512_(widest < 8 || float_octets) {}
+
+    // How many sums printed as a difference or with _mm_addsub (see
+    // emit_pack) saved a sign flip that an AVX-512 body prints.
+    int saved() const { return saved_; }
 
     int octets() const {
         int n = 0;
@@ -292,14 +299,15 @@ private:
             const int x = packs_[k].in[0], y = packs_[k].in[1];
             for (int u : users_[static_cast<size_t>(x)]) {
                 int best = -1, least = kMaxPairCost + 1;
-                for (int v : users_[static_cast<size_t>(y)])
-                    if (can_pair(u, v))
-                        if (const int c = pair_cost(u, v); c < least) {
-                            least = c, best = v;
-                        } else if (c == least && same_factor(u, v) && !same_factor(u, best)) {
-                            best = v;
-                            by_factor_chose_ = true;
-                        }
+                for (int v : users_[static_cast<size_t>(y)]) {
+                    if (!can_pair(u, v)) continue;
+                    if (const int c = pair_cost(u, v); c < least) {
+                        least = c, best = v;
+                    } else if (c == least && same_factor(u, v) && !same_factor(u, best)) {
+                        best = v;
+                        by_factor_chose_ = true;
+                    }
+                }
                 if (best >= 0) make_pack(u, best);
             }
             const Instr &ix = code_[static_cast<size_t>(x)], &iy = code_[static_cast<size_t>(y)];
@@ -338,6 +346,7 @@ private:
         const Instr &x = code_[static_cast<size_t>(packs_[static_cast<size_t>(p)].in[0])],
                     &y = code_[static_cast<size_t>(packs_[static_cast<size_t>(q)].in[0])];
         if (x.type != y.type || add_class(x.op) != add_class(y.op) || (!add_class(x.op) && x.op != y.op)) return false;
+        if (w == 8 && float_octets_ && (x.type != Type::F32 || !(add_class(x.op) || x.op == Opcode::Load))) return false;
         // Neither half may take the other's results.
         for (int i : lanes(p))
             for (int j : lanes(q)) {
@@ -721,7 +730,7 @@ private:
             else if (k1 < 0 || k == k1) k1 = k;
             else return false;
         }
-        return true;
+        return k1 < 0 || !float_octets_;  // AVX2 has no two-source permutation of eight floats
     }
 
     // The lanes of a sum or difference oriented for the cheapest operand
@@ -852,6 +861,19 @@ private:
         return t == Type::F32 ? "_mm_movelh_ps(" + lo + ", " + hi + ")" : "_mm256_set_m128d(" + hi + ", " + lo + ")";
     }
 
+    // The immediate of _mm256_permute_ps where eight lanes of one float octet
+    // move the same way within each 128-bit half, else -1.
+    int in_lane(const std::vector<int>& v) const {
+        int imm = 0;
+        for (int i = 0; i < 8; ++i) {
+            const int l = lane_of_value(v[static_cast<size_t>(i)]);
+            if (l / 4 != i / 4) return -1;
+            if (i < 4) imm |= (l % 4) << (2 * i);
+            else if ((imm >> (2 * (i - 4)) & 3) != l % 4) return -1;
+        }
+        return imm;
+    }
+
     // Eight lanes: one octet's lanes in any order, or lanes from two
     // octets, take one permutation; others are built as two blocks and
     // joined.
@@ -875,6 +897,9 @@ private:
             }
             const std::string a = "v" + std::to_string(k0), index = (f ? "_mm256_setr_epi32(" : "_mm512_setr_epi64(") + idx + ")";
             if (in_order) return a;
+            if (k1 < 0 && float_octets_)
+                if (const int imm = in_lane(v); imm >= 0)
+                    return "_mm256_permute_ps(" + a + ", " + std::to_string(imm) + ")";
             if (k1 < 0) return f ? "_mm256_permutevar8x32_ps(" + a + ", " + index + ")" : "_mm512_permutexvar_pd(" + index + ", " + a + ")";
             const std::string b = "v" + std::to_string(k1);
             return (f ? "_mm256_permutex2var_ps(" : "_mm512_permutex2var_pd(") + a + ", " + index + ", " + b + ")";
@@ -954,6 +979,9 @@ private:
         const Type t0 = x.a.value ? type_of(x.a.value) : p_.scalar;
         bool same = x.mode != Store::ZeroConst;
         for (const Instr* y : s) same &= (y->a.value ? type_of(y->a.value) : p_.scalar) == t0;
+        // AVX2 stores eight floats computed in float only.
+        if (w == 8 && float_octets_)
+            same &= t0 == Type::F32 && x.mode != Store::DoubleScale && x.mode != Store::DoubleZeroMinus;
         if (!same) {
             if (w > 2) {
                 emit_stores(std::vector<const Instr*>(s.begin(), s.begin() + static_cast<ptrdiff_t>(w / 2)));
@@ -1066,8 +1094,21 @@ private:
                 B.push_back(m.b);
                 if (!all_sub) B.back().neg ^= m.sub;
             }
+            // Up to AVX2, a sum whose second operand is negated in every
+            // lane is a difference (x + (-y) is x - y, exactly), and with
+            // SSE3 (the AVX2 bodies) one negated in the even lanes alone is
+            // _mm_addsub_pd / _ps: each lane one sum or difference.
+            const bool all_neg = std::all_of(B.begin(), B.end(), [](Operand o) { return o.neg; });
+            bool alternate = true;
+            for (size_t i = 0; i < w; ++i) alternate &= B[i].neg == (i % 2 == 0);
+            const char* op = all_sub ? "sub" : "add";
+            if (!all_sub && not512_ && (all_neg || (alternate && widest_ >= 4))) {
+                for (Operand& o : B) o.neg = false;
+                op = all_neg ? "sub" : "addsub";
+                ++saved_;
+            }
             const std::string a = vec(A, t), b = vec(B, t);
-            expr = intr(all_sub ? "sub" : "add", t, w) + a + ", " + b + ")";
+            expr = intr(op, t, w) + a + ", " + b + ")";
         } else if (x.op == Opcode::MulConst) {
             std::vector<std::string> c;
             for (size_t i = 0; i < w; ++i) c.push_back(literal(lane(i).a.neg ? -lane(i).constant : lane(i).constant, t));
@@ -1100,7 +1141,10 @@ private:
     const std::array<int, 2> slack_;  // how much dearer than its halves' a quad's (octet's) operands may be; -1: any
     const Lanes lanes_;
     const bool by_factor_;  // products pair by their factors where that costs nothing
+    const bool float_octets_;  // AVX2: octets of float sums, differences and loads only
+    const bool not512_;        // an SSE2 or AVX2 body (AVX-512 bodies print sums as they always did)
     bool by_factor_chose_ = false;
+    int saved_ = 0;
     std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
     std::map<int, int> def_;                // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
@@ -1189,42 +1233,86 @@ bool has_batches(const Program& prog) {
     return std::any_of(prog.code.begin(), prog.code.end(), [](const Instr& in) { return in.lanes[0].group >= 0; });
 }
 
-Choice avx2_choice(const Program& prog, const std::string& ns) {
+// A printed AVX2 body: its instructions, and as many as it would take with
+// every sum printed as in the AVX-512 bodies (see SimdPrinter::saved), which
+// build on the AVX2 body chosen by that count.
+struct Candidate {
+    Choice choice;
+    int classic = 0;
+    bool batches = false;  // seeded from the batches
+};
+
+std::vector<Candidate> avx2_candidates(const Program& prog, const std::string& ns) {
     const FactorPairings factors(prog);
-    // Pairs alone and quads as found, by their instructions.
-    SimdPrinter pairs(prog, 2);
-    Choice best{pairs.run(ns, nullptr)};
-    best.instructions = instructions(best.text);
-    best.cost = best.instructions + pairs.spills(kAvx2Registers);
-    // Each also with the products paired by their factors (see
-    // FactorPairings), kept only where that takes fewer instructions.
+    std::vector<Candidate> c;
+    auto print = [&](int widest, int slack, Lanes lanes, bool by_factor) {
+        SimdPrinter printer(prog, widest, slack, -1, lanes, by_factor);
+        std::string text = printer.run(ns, nullptr);
+        const int n = instructions(text);
+        c.push_back({{std::move(text), n, n + printer.spills(kAvx2Registers), widest == 2 ? -2 : slack, lanes, by_factor},
+                     n + printer.saved(), lanes != Lanes::Found});
+    };
+    // Pairs alone, and quads as found under each limit, each also with the
+    // products paired by their factors (see FactorPairings).
+    print(2, -1, Lanes::Found, false);
     for (bool by_factor : {false, true})
-        for (int slack : {-1, 0, 1}) {
-            if (!factors.tried(Lanes::Found, by_factor)) continue;
-            SimdPrinter printer(prog, 4, slack, -1, Lanes::Found, by_factor);
-            std::string text = printer.run(ns, nullptr);
-            if (const int n = instructions(text); n < best.instructions)
-                best = {std::move(text), n, n + printer.spills(kAvx2Registers), slack, Lanes::Found, by_factor};
-        }
-    // Quads seeded from the batches where they take fewer instructions, the
-    // one with the fewest instructions and spills.
-    if (!has_batches(prog)) return best;
-    const int found = best.instructions;
-    for (bool by_factor : {false, true})
-        for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
-            for (int slack : {-1, 0, 1}) {
+        for (int slack : {-1, 0, 1})
+            if (factors.tried(Lanes::Found, by_factor)) print(4, slack, Lanes::Found, by_factor);
+    // Quads seeded from the batches.
+    if (has_batches(prog))
+        for (bool by_factor : {false, true})
+            for (Lanes lanes : {Lanes::CopiesParts, Lanes::Copies})
+                for (int slack : {-1, 0, 1})
+                    if (factors.tried(lanes, by_factor)) print(4, slack, lanes, by_factor);
+    return c;
+}
+
+// The body with the fewest instructions of those found as before; one seeded
+// from the batches only where it takes fewer instructions still, the one
+// with the fewest instructions and spills.  `classic`: by the count of the
+// AVX-512 bodies' sums.
+Choice avx2_choice(const std::vector<Candidate>& c, bool classic) {
+    auto n = [&](const Candidate& x) { return classic ? x.classic : x.choice.instructions; };
+    auto cost = [&](const Candidate& x) { return n(x) + x.choice.cost - x.choice.instructions; };
+    size_t best = 0;
+    for (size_t k = 1; k < c.size(); ++k)
+        if (!c[k].batches && n(c[k]) < n(c[best])) best = k;
+    const int found = n(c[best]);
+    for (size_t k = 1; k < c.size(); ++k)
+        if (c[k].batches && n(c[k]) < found && cost(c[k]) < cost(c[best])) best = k;
+    Choice r = c[best].choice;
+    r.instructions = n(c[best]);
+    r.cost = cost(c[best]);
+    return r;
+}
+
+// Single-precision data on AVX2 also in octets: eight floats in a 256-bit
+// vector for the loads, sums and differences, the products still in quads of
+// doubles (see SimdPrinter's float_octets), on top of the best body's quads
+// under each limit for the octets and each way of seeding them; kept where
+// it takes fewer instructions and spills than `best`.
+Choice with_float_octets(const Program& prog, const std::string& ns, Choice best) {
+    if (prog.scalar != Type::F32) return best;
+    const FactorPairings factors(prog);
+    for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
+        if (lanes != Lanes::Found && !has_batches(prog)) break;
+        for (bool by_factor : {false, true})
+            for (int slack8 : {-1, 0, 1}) {
                 if (!factors.tried(lanes, by_factor)) continue;
-                SimdPrinter printer(prog, 4, slack, -1, lanes, by_factor);
+                SimdPrinter printer(prog, 8, std::max(best.slack, -1), slack8, lanes, by_factor, true);
                 std::string text = printer.run(ns, nullptr);
                 const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
-                if (n < found && c < best.cost) best = {std::move(text), n, c, slack, lanes, by_factor};
+                if (c < best.cost) best = {std::move(text), n, c, best.slack, lanes, by_factor};
             }
+    }
     return best;
 }
 
 } // namespace
 
-std::string print_avx2(const Program& prog, const std::string& ns) { return avx2_choice(prog, ns).text; }
+std::string print_avx2(const Program& prog, const std::string& ns) {
+    return with_float_octets(prog, ns, avx2_choice(avx2_candidates(prog, ns), false)).text;
+}
 
 // Octets on top of the AVX2 body's quads (under its limit, or any where it
 // has none), under each limit for the octets, kept only if it has octets
@@ -1232,7 +1320,8 @@ std::string print_avx2(const Program& prog, const std::string& ns) { return avx2
 // fewest instructions; seeded from the batches where they take fewer still,
 // the one with the fewest instructions and spills.
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
-    Choice avx2 = avx2_choice(prog, ns);
+    const std::vector<Candidate> candidates = avx2_candidates(prog, ns);
+    const Choice avx2 = avx2_choice(candidates, true);
     const FactorPairings factors(prog);
     std::string best;
     int least = avx2.instructions, cheapest = 1 << 30, found = least;
@@ -1251,7 +1340,7 @@ std::string print_avx512(const Program& prog, const std::string& ns, double* gai
             }
     }
     if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
-    if (avx2_body) *avx2_body = std::move(avx2.text);
+    if (avx2_body) *avx2_body = with_float_octets(prog, ns, avx2_choice(candidates, false)).text;
     return best;
 }
 

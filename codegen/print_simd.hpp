@@ -33,6 +33,9 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
 // double vectors; single-precision quads keep their data in the four lanes
 // of a float vector, widened for products and narrowed where the scalar code
 // rounds.  Pairs without a partner stay 128-bit, lone instructions scalar.
+// Single-precision loads, sums and differences may also run as octets of
+// floats in 256-bit vectors (the products stay in quads of doubles), where
+// that takes fewer instructions.
 std::string print_avx2(const Program& prog, const std::string& ns);
 
 // The same for AVX-512: quads whose lanes are isomorphic are grouped further
@@ -40,8 +43,8 @@ std::string print_avx2(const Program& prog, const std::string& ns);
 // (single-precision data in the eight lanes of a 256-bit float vector);
 // quads, pairs and lone instructions without a partner stay as in the AVX2
 // body.  Empty where no body with octets takes fewer instructions than the
-// AVX2 body; `gain`, if given, receives the share of the AVX2 body's
-// instructions it saves, and `avx2_body` the AVX2 body (print_avx2's).
+// AVX2 body with quads alone; `gain`, if given, receives the share of that
+// body's instructions it saves, and `avx2_body` the AVX2 body (print_avx2's).
 std::string print_avx512(const Program& prog, const std::string& ns, double* gain = nullptr,
                          std::string* avx2_body = nullptr);
 

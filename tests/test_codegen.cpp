@@ -148,10 +148,12 @@ TEST(CodegenLower, KeepsTheInstructionListWellFormed) {
     }
 }
 
-// The AVX2 bodies of the power-of-two complex transforms run in quads (four
-// double lanes, or four float lanes widened for products and narrowed once
-// per rounding); the SSE2 bodies use no AVX, and neither uses a fused
-// multiply-add.  That the lanes give the scalar bits is CodeletPaths' part.
+// The AVX2 bodies of the power-of-two complex transforms run in quads of
+// doubles; in single precision the float data run in octets (256-bit float
+// vectors) and the products in quads widened from floats and narrowed once
+// per rounding.  The SSE2 bodies use no AVX, the AVX2 bodies no AVX-512, and
+// neither a fused multiply-add.  That the lanes give the scalar bits is
+// CodeletPaths' part.
 TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
     Planner planner;
     const Family& f = families().front();
@@ -164,10 +166,11 @@ TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
             const std::string pairs = print_simd(prog, "ns"), quads = print_avx2(prog, "ns");
             SCOPED_TRACE(prog.sig.function);
             EXPECT_EQ(pairs.find("_mm256"), std::string::npos);
-            EXPECT_NE(quads.find(p == Precision::Double ? "_mm256_add_pd(" : "_mm_loadu_ps("), std::string::npos);
+            EXPECT_NE(quads.find(p == Precision::Double ? "_mm256_add_pd(" : "_mm256_add_ps("), std::string::npos);
             if (p == Precision::Single && n > 8) {
                 EXPECT_NE(quads.find("_mm256_cvtpd_ps("), std::string::npos);
             }
+            EXPECT_EQ(quads.find("_mm512"), std::string::npos);
             for (const std::string* text : {&pairs, &quads}) EXPECT_EQ(text->find("_fm"), std::string::npos);
         }
     }
@@ -175,8 +178,8 @@ TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
 
 // The AVX-512 bodies of the power-of-two complex transforms run in octets
 // (eight double lanes, or eight float lanes in a 256-bit vector) and save
-// at least a twentieth of the AVX2 body's instructions, the threshold for a
-// body of their own; the AVX2 body they are weighed against is print_avx2's.
+// at least a twentieth of the instructions of the AVX2 body with quads alone,
+// the threshold for a body of their own.
 TEST(CodegenSimd, PowersOfTwoRunInOctetsOnAvx512) {
     Planner planner;
     const Family& f = families().front();
