@@ -119,11 +119,13 @@ def code_sizes(build):
 
 def describe_machine(build, accuracy_log):
     """What the numbers were measured on, gathered now."""
-    cpu, cpus = "unknown", 0
+    cpu, cpus, flags = "unknown", 0, set()
     try:
         for line in open("/proc/cpuinfo"):
             if line.startswith("model name") and cpu == "unknown":
                 cpu = line.split(":", 1)[1].strip()
+            if line.startswith("flags") and not flags:
+                flags = set(line.split(":", 1)[1].split())
             if line.startswith("processor"):
                 cpus += 1
     except OSError:
@@ -142,6 +144,9 @@ def describe_machine(build, accuracy_log):
         "sizes": code_sizes(build),
         "cpu": cpu,
         "cpus": cpus,
+        # The widest vector path of the codelets that runs here.
+        "vectors": "AVX-512" if {"avx512f", "avx512dq", "avx512bw", "avx512vl"} <= flags
+                   else "AVX2, no AVX-512" if "avx2" in flags else "SSE2",
         "system": f"{platform.system()} {platform.release()}",
         "compiler": first_line([cache.get("CMAKE_CXX_COMPILER", "c++"), "--version"]),
         "build": cache.get("CMAKE_BUILD_TYPE", "unknown"),
@@ -358,7 +363,8 @@ def report(acc, speed, ffmpeg, machine, context):
     load = context.get("load_avg")
     w(f"- Date: {context.get('date') or datetime.date.today().isoformat()}")
     w(f"- CPU: {machine['cpu']}, {machine['cpus']} logical CPUs"
-      + (f" (shared; load average {load[0]:.1f} when the benchmark started)" if load else ""))
+      + (f" (shared; load average {load[0]:.1f} when the benchmark started)" if load else "")
+      + (f"; vector code: {machine['vectors']}" if machine.get("vectors") else ""))
     w(f"- System: {machine['system']}")
     w(f"- Compiler: {machine['compiler']}, build type {machine['build']}")
     w(f"- Peer: {machine['fftw']} (Debian's `libfftw3-dev`)")
