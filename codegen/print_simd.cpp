@@ -1288,8 +1288,8 @@ Choice avx2_choice(const std::vector<Candidate>& c, bool classic) {
 
 // Single-precision data on AVX2 also in octets: eight floats in a 256-bit
 // vector for the loads, sums and differences, the products still in quads of
-// doubles (see SimdPrinter's float_octets), on top of the best body's quads
-// under each limit for the octets and each way of seeding them; kept where
+// doubles (see SimdPrinter's float_octets), on top of the best body's quads,
+// seeded and paired as they are, under each limit for the octets; kept where
 // it takes at least 7% fewer instructions than `best` and no more
 // instructions and spills.  Measured, the octets pay only there (the complex
 // DFTs of 4, 16, 32, 49 and 64 points 8 to 24% faster); where they save
@@ -1298,18 +1298,14 @@ Choice avx2_choice(const std::vector<Candidate>& c, bool classic) {
 Choice with_float_octets(const Program& prog, const std::string& ns, Choice best) {
     if (prog.scalar != Type::F32) return best;
     const int before = best.instructions;
-    const FactorPairings factors(prog);
-    for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
-        if (lanes != Lanes::Found && !has_batches(prog)) break;
-        for (bool by_factor : {false, true})
-            for (int slack8 : {-1, 0, 1}) {
-                if (!factors.tried(lanes, by_factor)) continue;
-                SimdPrinter printer(prog, 8, std::max(best.slack, -1), slack8, lanes, by_factor, true);
-                std::string text = printer.run(ns, nullptr);
-                const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
-                if (100 * n <= 93 * before && n < best.instructions && c <= best.cost)
-                    best = {std::move(text), n, c, best.slack, lanes, by_factor};
-            }
+    const Lanes lanes = best.lanes;
+    const bool by_factor = best.by_factor;
+    for (int slack8 : {-1, 0, 1}) {
+        SimdPrinter printer(prog, 8, std::max(best.slack, -1), slack8, lanes, by_factor, true);
+        std::string text = printer.run(ns, nullptr);
+        const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
+        if (100 * n <= 93 * before && n < best.instructions && c <= best.cost)
+            best = {std::move(text), n, c, best.slack, lanes, by_factor};
     }
     return best;
 }
