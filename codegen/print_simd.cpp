@@ -1292,7 +1292,7 @@ Choice avx2_choice(const std::vector<Candidate>& c, bool classic) {
 // seeded and paired as they are, under each limit for the octets; kept where
 // it takes at least 7% fewer instructions than `best` and no more
 // instructions and spills.  Measured, the octets pay only there (the complex
-// DFTs of 4, 16, 32, 49 and 64 points 8 to 24% faster); where they save
+// DFTs of 4, 16, 32 and 64 points 6 to 24% faster); where they save
 // less they ran up to 12% slower, as the float vectors are split and joined
 // around every product.
 Choice with_float_octets(const Program& prog, const std::string& ns, Choice best) {

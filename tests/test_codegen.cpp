@@ -151,9 +151,9 @@ TEST(CodegenLower, KeepsTheInstructionListWellFormed) {
 // The AVX2 bodies of the power-of-two complex transforms run in quads of
 // doubles; in single precision the float data run in quads (from 16 points
 // in octets, 256-bit float vectors) and the products in quads widened from
-// floats and narrowed once per rounding.  The SSE2 bodies use no AVX, the AVX2 bodies no AVX-512, and
-// neither a fused multiply-add.  That the lanes give the scalar bits is
-// CodeletPaths' part.
+// floats and narrowed once per rounding.  The SSE2 bodies use no AVX, the
+// AVX2 bodies no AVX-512, and neither a fused multiply-add.  That the lanes
+// give the scalar bits is CodeletPaths' part.
 TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
     Planner planner;
     const Family& f = families().front();
