@@ -75,26 +75,30 @@ public:
     // What spills would cost in the printed order with this many vector
     // registers: a value defined while all registers hold live values sends
     // one to memory, a store and a load.  (Scalars take registers too.)
-    int spills(int registers) const {
+    // `scheduled`: in the order of the schedule, before loads and stores
+    // moved (see place_loads_and_stores), by which the AVX-512 bodies are
+    // chosen.
+    int spills(int registers, bool scheduled = false) const {
+        const std::vector<Unit>& order = scheduled ? scheduled_ : order_;
         std::vector<int> at(code_.size(), -1);
-        for (size_t k = 0; k < order_.size(); ++k) {
-            const Unit& u = order_[k];
+        for (size_t k = 0; k < order.size(); ++k) {
+            const Unit& u = order[k];
             if (u.pack >= 0)
                 for (int i : lanes(u.pack)) at[static_cast<size_t>(i)] = static_cast<int>(k);
             else
                 at[static_cast<size_t>(u.instr)] = static_cast<int>(k);
             for (int j : u.more) at[static_cast<size_t>(j)] = static_cast<int>(k);
         }
-        std::vector<int> last(order_.size(), -1);
+        std::vector<int> last(order.size(), -1);
         for (size_t i = 0; i < code_.size(); ++i)
             for (Operand o : {code_[i].a, code_[i].b})
                 if (o.value != 0) {
                     const int d = at[static_cast<size_t>(def_.at(o.value))];
                     last[static_cast<size_t>(d)] = std::max(last[static_cast<size_t>(d)], at[i]);
                 }
-        std::vector<int> dies(order_.size() + 1, 0);
+        std::vector<int> dies(order.size() + 1, 0);
         int live = 0, cost = 0;
-        for (size_t k = 0; k < order_.size(); ++k) {
+        for (size_t k = 0; k < order.size(); ++k) {
             live -= dies[k];
             if (last[k] < 0) continue;
             if (live >= registers) cost += 2;
@@ -117,6 +121,8 @@ public:
         pair();
         for (int w = 4; w <= widest_; w *= 2) group(w);
         schedule();
+        scheduled_ = order_;
+        if (not512_) place_loads_and_stores();
         if (packed_share) *packed_share = share_;
         out_ << "namespace " << ns << " {\n";
         if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
@@ -952,6 +958,69 @@ private:
     }
 
     // The scalar printer's store expressions (print_cpp.cpp), on names.
+    // The schedule puts every load first and every store last (their place
+    // in the instruction list), so all inputs and all outputs are live at
+    // once and most of them spill.  Here each load moves to just before its
+    // first use and each store to just after its value, but no store before
+    // the last load: a codelet run in place still reads all of its input
+    // before it writes.  Loads that only stores read go first.  Only the
+    // order of the printed statements changes, not what any lane computes.
+    void place_loads_and_stores() {
+        const size_t n = order_.size();
+        std::vector<int> at(code_.size(), -1);
+        auto instrs = [&](const Unit& u) {
+            std::vector<int> v = u.pack >= 0 ? lanes(u.pack) : std::vector<int>{u.instr};
+            v.insert(v.end(), u.more.begin(), u.more.end());
+            return v;
+        };
+        std::vector<std::vector<int>> deps(n);
+        std::vector<char> load(n, 0), store(n, 0), used(n, 0);
+        for (size_t k = 0; k < n; ++k)
+            for (int i : instrs(order_[k])) {
+                at[static_cast<size_t>(i)] = static_cast<int>(k);
+                load[k] = code_[static_cast<size_t>(i)].op == Opcode::Load;
+                store[k] = code_[static_cast<size_t>(i)].op == Opcode::Store;
+            }
+        for (size_t k = 0; k < n; ++k)
+            for (int i : instrs(order_[k]))
+                for (Operand o : {code_[static_cast<size_t>(i)].a, code_[static_cast<size_t>(i)].b})
+                    if (o.value != 0) {
+                        const int d = at[static_cast<size_t>(def_.at(o.value))];
+                        if (d != static_cast<int>(k)) deps[k].push_back(d), used[static_cast<size_t>(d)] |= !store[k];
+                    }
+        std::vector<int> seq, pos(n, -1);
+        auto put = [&](int k) { pos[static_cast<size_t>(k)] = static_cast<int>(seq.size()), seq.push_back(k); };
+        for (size_t k = 0; k < n; ++k)
+            if (load[k] && !used[k]) put(static_cast<int>(k));
+        for (size_t k = 0; k < n; ++k) {
+            if (load[k] || store[k]) continue;
+            for (int d : deps[k])
+                if (load[static_cast<size_t>(d)] && pos[static_cast<size_t>(d)] < 0) put(d);
+            put(static_cast<int>(k));
+        }
+        int last_load = -1;
+        for (size_t k = 0; k < n; ++k)
+            if (load[k]) {
+                if (pos[k] < 0) throw std::logic_error("a load without a place");
+                last_load = std::max(last_load, pos[k]);
+            }
+        // Each store after the later of its operands and the last load.
+        std::vector<std::vector<int>> after(seq.size() + 1);
+        for (size_t k = 0; k < n; ++k) {
+            if (!store[k]) continue;
+            int r = last_load;
+            for (int d : deps[k]) r = std::max(r, pos[static_cast<size_t>(d)]);
+            after[static_cast<size_t>(r + 1)].push_back(static_cast<int>(k));
+        }
+        std::vector<Unit> order;
+        for (size_t p = 0; p <= seq.size(); ++p) {
+            for (int k : after[p]) order.push_back(order_[static_cast<size_t>(k)]);
+            if (p < seq.size()) order.push_back(order_[static_cast<size_t>(seq[p])]);
+        }
+        if (order.size() != n) throw std::logic_error("loads and stores placed");
+        order_ = std::move(order);
+    }
+
     std::string stored(const Instr& in) {
         const std::string v = operand(in.a), zero = single_ ? "0.0f" : "0.0";
         switch (in.mode) {
@@ -1151,6 +1220,7 @@ private:
     std::vector<int> pack_, lane_;
     std::vector<Pack> packs_;
     std::vector<Unit> order_;
+    std::vector<Unit> scheduled_;  // order_ before place_loads_and_stores
     double share_ = 0;
     std::map<int, std::string> names_, extracted_;
     std::ostringstream out_;
@@ -1239,7 +1309,8 @@ bool has_batches(const Program& prog) {
 struct Candidate {
     Choice choice;
     int classic = 0;
-    bool batches = false;  // seeded from the batches
+    int classic_spills = 0;  // in the scheduled order, as the AVX-512 bodies are printed
+    bool batches = false;    // seeded from the batches
 };
 
 std::vector<Candidate> avx2_candidates(const Program& prog, const std::string& ns) {
@@ -1250,7 +1321,7 @@ std::vector<Candidate> avx2_candidates(const Program& prog, const std::string& n
         std::string text = printer.run(ns, nullptr);
         const int n = instructions(text);
         c.push_back({{std::move(text), n, n + printer.spills(kAvx2Registers), widest == 2 ? -2 : slack, lanes, by_factor},
-                     n + printer.saved(), lanes != Lanes::Found});
+                     n + printer.saved(), printer.spills(kAvx2Registers, true), lanes != Lanes::Found});
     };
     // Pairs alone, and quads as found under each limit, each also with the
     // products paired by their factors (see FactorPairings).
@@ -1273,7 +1344,9 @@ std::vector<Candidate> avx2_candidates(const Program& prog, const std::string& n
 // AVX-512 bodies' sums.
 Choice avx2_choice(const std::vector<Candidate>& c, bool classic) {
     auto n = [&](const Candidate& x) { return classic ? x.classic : x.choice.instructions; };
-    auto cost = [&](const Candidate& x) { return n(x) + x.choice.cost - x.choice.instructions; };
+    auto cost = [&](const Candidate& x) {
+        return n(x) + (classic ? x.classic_spills : x.choice.cost - x.choice.instructions);
+    };
     size_t best = 0;
     for (size_t k = 1; k < c.size(); ++k)
         if (!c[k].batches && n(c[k]) < n(c[best])) best = k;

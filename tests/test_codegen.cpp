@@ -152,8 +152,9 @@ TEST(CodegenLower, KeepsTheInstructionListWellFormed) {
 // doubles; in single precision the float data run in quads (from 16 points
 // in octets, 256-bit float vectors) and the products in quads widened from
 // floats and narrowed once per rounding.  The SSE2 bodies use no AVX, the
-// AVX2 bodies no AVX-512, and neither a fused multiply-add.  That the lanes
-// give the scalar bits is CodeletPaths' part.
+// AVX2 bodies no AVX-512, and neither a fused multiply-add; both read all
+// their input before they write.  That the lanes give the scalar bits is
+// CodeletPaths' part.
 TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
     Planner planner;
     const Family& f = families().front();
@@ -172,7 +173,14 @@ TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
                 EXPECT_NE(quads.find("_mm256_cvtpd_ps("), std::string::npos);
             }
             EXPECT_EQ(quads.find("_mm512"), std::string::npos);
-            for (const std::string* text : {&pairs, &quads}) EXPECT_EQ(text->find("_fm"), std::string::npos);
+            for (const std::string* text : {&pairs, &quads}) {
+                EXPECT_EQ(text->find("_fm"), std::string::npos);
+                // All loads before the first store (the codelet may run in
+                // place), and the stores among the arithmetic, not behind it.
+                const size_t first_store = text->find("out + ");
+                EXPECT_LT(text->rfind("in + "), first_store);
+                EXPECT_LT(first_store, text->rfind("_add_"));
+            }
         }
     }
 }
