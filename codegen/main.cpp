@@ -16,11 +16,13 @@
 #include "surface.hpp"
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -94,6 +96,33 @@ private:
     std::string stem_, ns_, source_, header_;
 };
 
+// One codelet in one precision: its lowered program and its printed bodies.
+struct Printed {
+    zg::Program prog;
+    std::string scalar, sse2, avx2, avx512;
+    double share = 0, gain = 0;  // see print_simd and print_avx512
+};
+
+void print_one(Printed& x) {
+    x.scalar = zg::print_cpp(x.prog);
+    x.sse2 = zg::print_simd(x.prog, "ZAM_VX_NS", &x.share);
+    if (x.share >= kVectorShare) x.avx512 = zg::print_avx512(x.prog, "ZAM_VX_NS", &x.gain, &x.avx2);
+}
+
+// Prints every entry, on as many threads as the machine has cores; each
+// entry is printed by one thread and depends on nothing shared.
+void print_all(std::vector<Printed>& all) {
+    std::atomic<size_t> next{0};
+    auto work = [&] {
+        for (size_t i = next++; i < all.size(); i = next++) print_one(all[i]);
+    };
+    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    std::vector<std::thread> threads;
+    for (unsigned t = 1; t < cores; ++t) threads.emplace_back(work);
+    work();
+    for (std::thread& t : threads) t.join();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -110,47 +139,62 @@ int main(int argc, char** argv) {
     std::vector<Unit> units;
     std::ostringstream manifest, declarations, exports, paths;
     manifest << "name\tn\tmuls\tadds\tnegs\tbudget_muls\tbudget_adds\tplan\n";
+    // The graphs are built in order (the planner remembers its choices);
+    // their printing, most of the compiler's time, runs on every core, and
+    // the results are put together in order, so the files do not depend on
+    // the number of threads.
+    std::vector<Printed> printed;
+    struct Meta {
+        const zg::Family* f;
+        int n;
+        zg::OpCounts k;
+        std::string plan;
+    };
+    std::vector<Meta> meta;
     for (const zg::Family& f : zg::families()) {
         for (int n = f.first; n <= f.generated_last; ++n) {
             const zg::CodeletGraph c = zg::build_codelet(planner, f, n);
-            const zg::OpCounts k = zg::count(c);
-            Unit u{"", k.muls + k.adds, std::find(checked.begin(), checked.end(), n) != checked.end(), "", "", "", 0};
+            meta.push_back({&f, n, zg::count(c), c.plan});
             for (zg::Precision p : {zg::Precision::Single, zg::Precision::Double}) {
                 const zg::Signature sig{zg::codelet_name(f, n, p), zg::element_type(f, p), f.complex_elements, f.rule,
                                         zg::length_of(f, n),
                                         f.transform == zg::Transform::Wht ? zg::Form::BufferedCodelet : zg::Form::Codelet};
-                const zg::Program prog = zg::lower(c, sig, p);
-                u.source += '\n' + zg::print_cpp(prog);
-                double share = 0;
-                const std::string vec = zg::print_simd(prog, "ZAM_VX_NS", &share);
-                // 0: scalar body only; 1: SSE2 and AVX2 bodies too; 2: and an
-                // AVX-512 body.
-                int bodies = share >= kVectorShare ? 1 : 0;
-                if (bodies) {
-                    u.vector_source += '\n' + vec;
-                    std::string avx2;
-                    double gain = 0;
-                    const std::string body = zg::print_avx512(prog, "ZAM_VX_NS", &gain, &avx2);
-                    u.avx2_source += '\n' + avx2;
-                    if (!body.empty() && gain >= kAvx512Gain && k.muls + k.adds >= kAvx512Operations) {
-                        u.avx512_source += '\n' + body;
-                        u.avx512_cost += k.muls + k.adds;
-                        bodies = 2;
-                    }
-                }
-                const std::string head = zg::codelet_head(sig);
-                const bool buffered = sig.form == zg::Form::BufferedCodelet;
-                declarations << "ZAM_DECLARE(" << bodies << ", " << head << ")\n";
-                exports << "extern \"C\" " << head << "\n{\n    return ZAM_PICK(" << bodies << ", " << sig.function
-                        << ")(src, dst, flag" << (buffered ? ", buffer" : "") << ");\n}\n";
-                paths << "ZAM_PATHS(" << sig.function << ", " << sig.element << ", " << bodies << ")\n";
-                const zg::Budget* b = zg::budget_of(f, n);
-                manifest << sig.function << '\t' << n << '\t' << k.muls << '\t' << k.adds << '\t' << k.negs << '\t'
-                         << (b ? std::to_string(b->muls) : "-") << '\t' << (b ? std::to_string(b->adds) : "-") << '\t'
-                         << c.plan << '\n';
+                printed.emplace_back().prog = zg::lower(c, sig, p);
             }
-            units.push_back(std::move(u));
         }
+    }
+    print_all(printed);
+    for (size_t m = 0; m < meta.size(); ++m) {
+        const auto& [f, n, k, plan] = meta[m];
+        Unit u{"", k.muls + k.adds, std::find(checked.begin(), checked.end(), n) != checked.end(), "", "", "", 0};
+        for (size_t j = 2 * m; j < 2 * m + 2; ++j) {
+            const Printed& x = printed[j];
+            const zg::Signature& sig = x.prog.sig;
+            u.source += '\n' + x.scalar;
+            // 0: scalar body only; 1: SSE2 and AVX2 bodies too; 2: and an
+            // AVX-512 body.
+            int bodies = x.share >= kVectorShare ? 1 : 0;
+            if (bodies) {
+                u.vector_source += '\n' + x.sse2;
+                u.avx2_source += '\n' + x.avx2;
+                if (!x.avx512.empty() && x.gain >= kAvx512Gain && k.muls + k.adds >= kAvx512Operations) {
+                    u.avx512_source += '\n' + x.avx512;
+                    u.avx512_cost += k.muls + k.adds;
+                    bodies = 2;
+                }
+            }
+            const std::string head = zg::codelet_head(sig);
+            const bool buffered = sig.form == zg::Form::BufferedCodelet;
+            declarations << "ZAM_DECLARE(" << bodies << ", " << head << ")\n";
+            exports << "extern \"C\" " << head << "\n{\n    return ZAM_PICK(" << bodies << ", " << sig.function
+                    << ")(src, dst, flag" << (buffered ? ", buffer" : "") << ");\n}\n";
+            paths << "ZAM_PATHS(" << sig.function << ", " << sig.element << ", " << bodies << ")\n";
+            const zg::Budget* b = zg::budget_of(*f, n);
+            manifest << sig.function << '\t' << n << '\t' << k.muls << '\t' << k.adds << '\t' << k.negs << '\t'
+                     << (b ? std::to_string(b->muls) : "-") << '\t' << (b ? std::to_string(b->adds) : "-") << '\t'
+                     << plan << '\n';
+        }
+        units.push_back(std::move(u));
     }
 
     // The most expensive codelets first, each to the least loaded shard; each
