@@ -80,15 +80,7 @@ public:
     // chosen.
     int spills(int registers, bool scheduled = false) const {
         const std::vector<Unit>& order = scheduled ? scheduled_ : order_;
-        std::vector<int> at(code_.size(), -1);
-        for (size_t k = 0; k < order.size(); ++k) {
-            const Unit& u = order[k];
-            if (u.pack >= 0)
-                for (int i : lanes(u.pack)) at[static_cast<size_t>(i)] = static_cast<int>(k);
-            else
-                at[static_cast<size_t>(u.instr)] = static_cast<int>(k);
-            for (int j : u.more) at[static_cast<size_t>(j)] = static_cast<int>(k);
-        }
+        const std::vector<int> at = positions(order);
         std::vector<int> last(order.size(), -1);
         for (size_t i = 0; i < code_.size(); ++i)
             for (Operand o : {code_[i].a, code_[i].b})
@@ -958,6 +950,21 @@ private:
     }
 
     // The scalar printer's store expressions (print_cpp.cpp), on names.
+    // The instructions a unit runs: a pack's lanes, or one instruction and
+    // the stores printed with it.
+    std::vector<int> instrs(const Unit& u) const {
+        std::vector<int> v = u.pack >= 0 ? lanes(u.pack) : std::vector<int>{u.instr};
+        v.insert(v.end(), u.more.begin(), u.more.end());
+        return v;
+    }
+    // The position in `order` of the unit that runs each instruction.
+    std::vector<int> positions(const std::vector<Unit>& order) const {
+        std::vector<int> at(code_.size(), -1);
+        for (size_t k = 0; k < order.size(); ++k)
+            for (int i : instrs(order[k])) at[static_cast<size_t>(i)] = static_cast<int>(k);
+        return at;
+    }
+
     // The schedule puts every load first and every store last (their place
     // in the instruction list), so all inputs and all outputs are live at
     // once and most of them spill.  Here each load moves to just before its
@@ -967,20 +974,14 @@ private:
     // order of the printed statements changes, not what any lane computes.
     void place_loads_and_stores() {
         const size_t n = order_.size();
-        std::vector<int> at(code_.size(), -1);
-        auto instrs = [&](const Unit& u) {
-            std::vector<int> v = u.pack >= 0 ? lanes(u.pack) : std::vector<int>{u.instr};
-            v.insert(v.end(), u.more.begin(), u.more.end());
-            return v;
-        };
+        const std::vector<int> at = positions(order_);
         std::vector<std::vector<int>> deps(n);
         std::vector<char> load(n, 0), store(n, 0), used(n, 0);
-        for (size_t k = 0; k < n; ++k)
-            for (int i : instrs(order_[k])) {
-                at[static_cast<size_t>(i)] = static_cast<int>(k);
-                load[k] = code_[static_cast<size_t>(i)].op == Opcode::Load;
-                store[k] = code_[static_cast<size_t>(i)].op == Opcode::Store;
-            }
+        for (size_t k = 0; k < n; ++k) {
+            const Opcode op = code_[static_cast<size_t>(instrs(order_[k]).front())].op;  // a unit runs one kind
+            load[k] = op == Opcode::Load;
+            store[k] = op == Opcode::Store;
+        }
         for (size_t k = 0; k < n; ++k)
             for (int i : instrs(order_[k]))
                 for (Operand o : {code_[static_cast<size_t>(i)].a, code_[static_cast<size_t>(i)].b})
