@@ -11,6 +11,7 @@
 #include <cmath>
 #include <map>
 #include <queue>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 
@@ -37,6 +38,26 @@ struct Pack {
     std::array<int, 8> in{-1, -1, -1, -1, -1, -1, -1, -1};  // the instruction of each lane
     int width = 2;
     std::array<int, 2> from{-1, -1};  // a quad's two pairs, an octet's two quads
+};
+
+// The instruction defining each value.  Values are graph nodes, few enough
+// for a table, and every operand is looked up many times while packing.
+class Definitions {
+public:
+    void set(int value, int instr) {
+        if (static_cast<size_t>(value) >= d_.size()) d_.resize(static_cast<size_t>(value) + 1, -1);
+        d_[static_cast<size_t>(value)] = instr;
+    }
+    bool has(int value) const {
+        return value >= 0 && static_cast<size_t>(value) < d_.size() && d_[static_cast<size_t>(value)] >= 0;
+    }
+    int operator[](int value) const {
+        if (!has(value)) throw std::out_of_range("value " + std::to_string(value) + " has no defining instruction");
+        return d_[static_cast<size_t>(value)];
+    }
+
+private:
+    std::vector<int> d_;
 };
 
 // How packs are seeded.  Found: from neighbouring loads and stores, and
@@ -85,7 +106,7 @@ public:
         for (size_t i = 0; i < code_.size(); ++i)
             for (Operand o : {code_[i].a, code_[i].b})
                 if (o.value != 0) {
-                    const int d = at[static_cast<size_t>(def_.at(o.value))];
+                    const int d = at[static_cast<size_t>(def_[o.value])];
                     last[static_cast<size_t>(d)] = std::max(last[static_cast<size_t>(d)], at[i]);
                 }
         std::vector<int> dies(order.size() + 1, 0);
@@ -133,13 +154,13 @@ private:
     void index() {
         for (size_t i = 0; i < code_.size(); ++i) {
             const Instr& in = code_[i];
-            if (in.op != Opcode::Store) def_[in.result] = static_cast<int>(i);
+            if (in.op != Opcode::Store) def_.set(in.result, static_cast<int>(i));
         }
         users_.assign(code_.size(), {});
         for (size_t i = 0; i < code_.size(); ++i) {
             const Instr& in = code_[i];
             for (Operand o : {in.a, in.b})
-                if (o.value != 0 && def_.count(o.value)) {
+                if (o.value != 0 && def_.has(o.value)) {
                     auto& u = users_[static_cast<size_t>(def_[o.value])];
                     if (u.empty() || u.back() != static_cast<int>(i)) u.push_back(static_cast<int>(i));
                 }
@@ -401,7 +422,7 @@ private:
             const int u = b ? x.b.value : x.a.value;
             if (u == 0 || std::find(seen.begin(), seen.end(), u) != seen.end()) return -1;
             seen.push_back(u);
-            const int ku = pack_[static_cast<size_t>(def_.at(u))];
+            const int ku = pack_[static_cast<size_t>(def_[u])];
             if (ku < 0 || (k >= 0 && ku != k)) return -1;
             k = ku;
         }
@@ -536,7 +557,7 @@ private:
             std::vector<int> waiting(units.size(), 0);
             for (size_t i = 0; i < code_.size(); ++i)
                 for (Operand o : {code_[i].a, code_[i].b})
-                    if (o.value != 0 && def_.count(o.value)) {
+                    if (o.value != 0 && def_.has(o.value)) {
                         const int from = unit_of[static_cast<size_t>(def_[o.value])], to = unit_of[i];
                         if (from == to) continue;
                         next[static_cast<size_t>(from)].push_back(to);
@@ -592,7 +613,7 @@ private:
     }
 
     Type type_of(int value) const {
-        return value == 0 ? p_.scalar : code_[static_cast<size_t>(def_.at(value))].type;
+        return value == 0 ? p_.scalar : code_[static_cast<size_t>(def_[value])].type;
     }
     Type pack_type(int k) const { return code_[static_cast<size_t>(packs_[static_cast<size_t>(k)].in[0])].type; }
 
@@ -617,12 +638,12 @@ private:
     // k; -1 for a scalar), the value's lane in it, and its expression.
     int half_of(int value) const {
         if (value == 0) return -1;
-        const size_t i = static_cast<size_t>(def_.at(value));
+        const size_t i = static_cast<size_t>(def_[value]);
         const int k = pack_[i];
         if (k < 0) return -1;
         return 4 * k + lane_[i] / 2;
     }
-    int half_lane(int value) const { return lane_[static_cast<size_t>(def_.at(value))] % 2; }
+    int half_lane(int value) const { return lane_[static_cast<size_t>(def_[value])] % 2; }
     std::string half_name(int h) const { return slice_name(h / 4, 2, h % 4 * 2); }
     // The block of four lanes that holds half h of a quad or an octet.
     std::string block_name_of_half(int h) const { return slice_name(h / 4, 4, h % 4 / 2 * 4); }
@@ -633,15 +654,15 @@ private:
     // a 128-bit vector, a double block a 256-bit one, a pair a 128-bit one).
     int block_of(int value) const {
         if (value == 0) return -1;
-        const size_t i = static_cast<size_t>(def_.at(value));
+        const size_t i = static_cast<size_t>(def_[value]);
         const int k = pack_[i];
         return k < 0 ? -1 : 2 * k + lane_[i] / 4;
     }
-    int block_lane(int value) const { return lane_[static_cast<size_t>(def_.at(value))] % 4; }
+    int block_lane(int value) const { return lane_[static_cast<size_t>(def_[value])] % 4; }
     std::string block_name(int b) const { return slice_name(b / 2, 4, b % 2 * 4); }
 
     // The block of a quad or an octet holding all four values, or -1.
-    int quad_of(const std::vector<int>& v) const {
+    int quad_of(std::span<const int> v) const {
         if (v.size() != 4 || v[0] == 0) return -1;
         const int b = block_of(v[0]);
         if (b < 0 || width_of(b / 2) < 4) return -1;
@@ -650,15 +671,15 @@ private:
         return b;
     }
     // The octet holding all eight values, or -1.
-    int octet_of(const std::vector<int>& v) const {
+    int octet_of(std::span<const int> v) const {
         if (v.size() != 8 || v[0] == 0) return -1;
-        const int k = pack_[static_cast<size_t>(def_.at(v[0]))];
+        const int k = pack_[static_cast<size_t>(def_[v[0]])];
         if (k < 0 || width_of(k) != 8) return -1;
         for (int x : v)
-            if (x == 0 || pack_[static_cast<size_t>(def_.at(x))] != k) return -1;
+            if (x == 0 || pack_[static_cast<size_t>(def_[x])] != k) return -1;
         return k;
     }
-    int lane_of_value(int value) const { return lane_[static_cast<size_t>(def_.at(value))]; }
+    int lane_of_value(int value) const { return lane_[static_cast<size_t>(def_[value])]; }
 
     std::string literal(double v, Type t) const {
         return t == Type::F32 ? float_literal(static_cast<float>(v)) : double_literal(v);
@@ -695,7 +716,7 @@ private:
     // The same for two, four or eight values: four from one block (eight
     // from one octet) cost a shuffle if out of order, eight from two octets
     // one shuffle; others their halves and one more to join them.
-    int cost_of(const std::vector<int>& v) const {
+    int cost_of(std::span<const int> v) const {
         if (v.size() == 2) return cost(v[0], v[1]);
         if (std::all_of(v.begin(), v.end(), [](int x) { return x == 0; })) return 0;
         if (v.size() == 8) {
@@ -705,7 +726,7 @@ private:
                 return 0;
             }
             if (two_octets(v)) return 1;
-            return cost_of(std::vector<int>(v.begin(), v.begin() + 4)) + cost_of(std::vector<int>(v.begin() + 4, v.end())) + 1;
+            return cost_of(v.first(4)) + cost_of(v.last(4)) + 1;
         }
         if (quad_of(v) >= 0) {
             for (int l = 0; l < 4; ++l)
@@ -718,11 +739,11 @@ private:
 
     // Whether eight values of one type all come from at most two octets of
     // that type (one two-source permutation).
-    bool two_octets(const std::vector<int>& v) const {
+    bool two_octets(std::span<const int> v) const {
         int k0 = -1, k1 = -1;
         for (int x : v) {
             if (x == 0) return false;
-            const int k = pack_[static_cast<size_t>(def_.at(x))];
+            const int k = pack_[static_cast<size_t>(def_[x])];
             if (k < 0 || width_of(k) != 8 || type_of(x) != type_of(v[0])) return false;
             if (k0 < 0 || k == k0) k0 = k;
             else if (k1 < 0 || k == k1) k1 = k;
@@ -735,25 +756,31 @@ private:
     // vectors, and what those cost.
     std::pair<std::vector<Term>, int> orient(const std::vector<int>& l) const {
         const size_t w = l.size();
-        std::vector<Term> best;
+        // A difference keeps its order: only the sums' lanes may swap.
+        unsigned fixed = 0;
+        for (size_t i = 0; i < w; ++i)
+            if (code_[static_cast<size_t>(l[i])].op == Opcode::Sub) fixed |= 1u << i;
+        unsigned best = 0;
         int least = 1 << 30;
+        std::array<int, 8> a{}, b{};
         for (unsigned o = 0; o < (1u << w); ++o) {
-            std::vector<Term> t;
-            std::vector<int> a, b;
+            if (o & fixed) continue;
             for (size_t i = 0; i < w; ++i) {
                 const Instr& x = code_[static_cast<size_t>(l[i])];
-                Term m{x.a, x.b, x.op == Opcode::Sub};
-                if (o >> i & 1) {
-                    if (m.sub) break;
-                    std::swap(m.a, m.b);
-                }
-                t.push_back(m);
-                a.push_back(m.a.value), b.push_back(m.b.value);
+                const bool swap = o >> i & 1;
+                a[i] = swap ? x.b.value : x.a.value, b[i] = swap ? x.a.value : x.b.value;
             }
-            if (t.size() < w) continue;
-            if (const int c = cost_of(a) + cost_of(b); c < least) least = c, best = t;
+            const std::span<const int> sa(a.data(), w), sb(b.data(), w);
+            if (const int c = cost_of(sa) + cost_of(sb); c < least) least = c, best = o;
         }
-        return {best, least};
+        std::vector<Term> t;
+        for (size_t i = 0; i < w; ++i) {
+            const Instr& x = code_[static_cast<size_t>(l[i])];
+            Term m{x.a, x.b, x.op == Opcode::Sub};
+            if (best >> i & 1) std::swap(m.a, m.b);
+            t.push_back(m);
+        }
+        return {t, least};
     }
 
     // The vector of two, four or eight operands in type t, negations applied.
@@ -816,9 +843,9 @@ private:
 
     // Whether four float values come two and two from float blocks, which
     // one shuffle joins.
-    bool float_sources(const std::vector<int>& v) const {
+    bool float_sources(std::span<const int> v) const {
         for (int x : v)
-            if (x == 0 || type_of(x) != Type::F32 || pack_[static_cast<size_t>(def_.at(x))] < 0) return false;
+            if (x == 0 || type_of(x) != Type::F32 || pack_[static_cast<size_t>(def_[x])] < 0) return false;
         return block_of(v[0]) == block_of(v[1]) && block_of(v[2]) == block_of(v[3]);
     }
 
@@ -882,12 +909,12 @@ private:
             return "_mm512_cvtps_pd(" + raw8(v, Type::F32) + ")";
         const bool f = t == Type::F32;
         if (two_octets(v) && type_of(v[0]) == t) {
-            const int k0 = pack_[static_cast<size_t>(def_.at(v[0]))];
+            const int k0 = pack_[static_cast<size_t>(def_[v[0]])];
             int k1 = -1;
             std::string idx;
             bool in_order = true;
             for (size_t i = 0; i < 8; ++i) {
-                const int k = pack_[static_cast<size_t>(def_.at(v[i]))];
+                const int k = pack_[static_cast<size_t>(def_[v[i]])];
                 if (k != k0) k1 = k;
                 const int l = lane_of_value(v[i]) + (k == k0 ? 0 : 8);
                 in_order &= l == static_cast<int>(i);
@@ -986,7 +1013,7 @@ private:
             for (int i : instrs(order_[k]))
                 for (Operand o : {code_[static_cast<size_t>(i)].a, code_[static_cast<size_t>(i)].b})
                     if (o.value != 0) {
-                        const int d = at[static_cast<size_t>(def_.at(o.value))];
+                        const int d = at[static_cast<size_t>(def_[o.value])];
                         if (d != static_cast<int>(k)) deps[k].push_back(d), used[static_cast<size_t>(d)] |= !store[k];
                     }
         std::vector<int> seq, pos(n, -1);
@@ -1216,7 +1243,7 @@ private:
     bool by_factor_chose_ = false;
     int saved_ = 0;
     std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
-    std::map<int, int> def_;                // value -> defining instruction
+    Definitions def_;                       // value -> defining instruction
     std::vector<std::vector<int>> users_;  // instruction -> instructions reading its result
     std::vector<int> pack_, lane_;
     std::vector<Pack> packs_;
