@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <map>
+#include <utility>
 
 namespace zg {
 namespace {
@@ -63,10 +65,17 @@ void sincos_octant(int64_t p, int64_t q, DoubleDouble& s, DoubleDouble& c) {
     c = sum;
 }
 
-// cos and sin of 2*pi*num/den, reduced exactly to the first octant.
+// cos and sin of 2*pi*num/den, reduced exactly to the first octant.  The
+// series take most of the time of building the graphs, and the recipes ask
+// for the same angles again and again, so each thread keeps what it computed.
 void sincos2pi(int64_t num, int64_t den, DoubleDouble& s, DoubleDouble& c) {
     int64_t r = num % den;
     if (r < 0) r += den;
+    thread_local std::map<std::pair<int64_t, int64_t>, std::pair<DoubleDouble, DoubleDouble>> known;
+    if (const auto it = known.find({r, den}); it != known.end()) {
+        s = it->second.first, c = it->second.second;
+        return;
+    }
     int64_t o = (8 * r) / den;
     int64_t r8 = 8 * r - o * den;  // angle within the octant: (pi/4) * r8/den
     DoubleDouble sf, cf, sp, cp;
@@ -82,6 +91,7 @@ void sincos2pi(int64_t num, int64_t den, DoubleDouble& s, DoubleDouble& c) {
     case 6: c = sf;  s = -cf; break;
     default: c = cp; s = -sp; break;
     }
+    known.emplace(std::pair{r, den}, std::pair{s, c});
 }
 
 } // namespace
