@@ -68,6 +68,10 @@ struct LaneTag {
 };
 constexpr size_t kLaneLevels = 3;
 using LaneTags = std::array<LaneTag, kLaneLevels>;
+// The batches of the real-data recipes are numbered from here, apart from
+// the complex recipes' (the AVX-512 bodies are printed without them, see
+// print_avx512).
+constexpr int32_t kRealLaneGroups = 1 << 24;
 
 class Graph {
 public:
@@ -101,6 +105,7 @@ public:
     // Lane tags: metadata for the vector printers that never changes a node.
     // A node keeps the tags of its first construction.
     int32_t new_lane_group() { return next_group_++; }
+    int32_t new_real_lane_group() { return next_real_group_++; }
     void enter_copy(int32_t group, int32_t copy) { open_.push_back({group, copy, 0}); }
     void leave_copy() { open_.pop_back(); }
     const LaneTags& lane_tags(int32_t id) const { return tags_[static_cast<size_t>(id)]; }
@@ -129,6 +134,7 @@ private:
     std::vector<LaneTags> tags_;
     std::vector<LaneTag> open_;  // the copies being built, outermost first
     int32_t next_group_ = 0;
+    int32_t next_real_group_ = kRealLaneGroups;
 };
 
 // Nodes made while it lives belong to copy `copy` of batch `group`.

@@ -1422,7 +1422,33 @@ std::string print_avx2(const Program& prog, const std::string& ns) {
 // and fewer instructions than the AVX2 body: as found, the one with the
 // fewest instructions; seeded from the batches where they take fewer still,
 // the one with the fewest instructions and spills.
-std::string print_avx512(const Program& prog, const std::string& ns, double* gain, std::string* avx2_body) {
+// Whether the real-data recipes marked batches in the list.
+bool has_real_batches(const Program& prog) {
+    return std::any_of(prog.code.begin(), prog.code.end(), [](const Instr& in) {
+        return std::any_of(in.lanes.begin(), in.lanes.end(), [](const LaneTag& l) { return l.group >= kRealLaneGroups; });
+    });
+}
+
+// The program as the complex recipes alone tagged it: the real-data
+// recipes' batches taken out, the inner levels moved up in their place.
+Program without_real_batches(const Program& prog) {
+    Program p = prog;
+    for (Instr& in : p.code) {
+        LaneTags t{};
+        size_t k = 0;
+        for (const LaneTag& l : in.lanes)
+            if (l.group >= 0 && l.group < kRealLaneGroups) t[k++] = l;
+        in.lanes = t;
+    }
+    return p;
+}
+
+std::string print_avx512(const Program& tagged, const std::string& ns, double* gain, std::string* avx2_body) {
+    // The AVX-512 bodies have not run on a machine with AVX-512 since the
+    // real-data recipes marked their batches, so they are printed as before:
+    // without those batches.  The AVX2 body uses them.
+    const bool real = has_real_batches(tagged);
+    const Program prog = real ? without_real_batches(tagged) : tagged;
     const std::vector<Candidate> candidates = avx2_candidates(prog, ns);
     const Choice avx2 = avx2_choice(candidates, true);
     const FactorPairings factors(prog);
@@ -1443,7 +1469,8 @@ std::string print_avx512(const Program& prog, const std::string& ns, double* gai
             }
     }
     if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
-    if (avx2_body) *avx2_body = with_float_octets(prog, ns, avx2_choice(candidates, false)).text;
+    if (avx2_body)
+        *avx2_body = real ? print_avx2(tagged, ns) : with_float_octets(prog, ns, avx2_choice(candidates, false)).text;
     return best;
 }
 

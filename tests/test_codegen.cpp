@@ -185,6 +185,35 @@ TEST(CodegenSimd, PowersOfTwoRunInQuadsOnAvx2) {
     }
 }
 
+// The real-data recipes mark their row and column transforms as batches, so
+// the AVX2 bodies of lengths built from them (54 = 2 x 27, 63 = 7 x 9, the
+// rows real transforms of odd length) run across the copies: at most a third
+// of the arithmetic stays scalar (all but a few per cent without the marks).
+TEST(CodegenSimd, RealBatchesRunInVectors) {
+    Planner planner;
+    for (const Family& f : families()) {
+        if (f.transform != Transform::RealForward && f.transform != Transform::Hartley) continue;
+        for (int n : {54, 63}) {
+            const CodeletGraph c = build_codelet(planner, f, n);
+            for (Precision p : {Precision::Single, Precision::Double}) {
+                const Program prog =
+                    lower(c, {codelet_name(f, n, p), element_type(f, p), f.complex_elements, f.rule, length_of(f, n)}, p);
+                const std::string text = print_avx2(prog, "ns");
+                auto count = [&](const std::string& what) {
+                    size_t k = 0;
+                    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++k;
+                    return k;
+                };
+                size_t vector = 0;
+                for (const char* op : {"_add_p", "_sub_p", "_mul_p", "_addsub_p"}) vector += count(op);
+                const size_t scalar = count(" + ") + count(" - ") + count(" * ");
+                EXPECT_LE(3 * scalar, vector + scalar) << prog.sig.function << ": " << scalar << " scalar, " << vector
+                                                        << " vector";
+            }
+        }
+    }
+}
+
 // The AVX-512 bodies of the power-of-two complex transforms run in octets
 // (eight double lanes, or eight float lanes in a 256-bit vector) and save
 // at least a twentieth of the instructions of the AVX2 body with quads alone,

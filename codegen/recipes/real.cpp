@@ -14,6 +14,7 @@
 #include "transforms.hpp"
 
 #include <numeric>
+#include <optional>
 
 namespace zg {
 namespace {
@@ -56,8 +57,13 @@ CxVec rdft_pruned(Context& ctx, const std::vector<Ref>& x, int sign) {
 // Prime-factor step: rows a (n1 of them) are real sequences x[(n2 a + n1 b) mod n].
 CxVec rdft_prime_factor(Context& ctx, const std::vector<Ref>& x, int n1, int sign) {
     const int n = static_cast<int>(x.size()), n2 = n / n1;
+    Graph& g = ctx.g;
+    // The rows are a batch of identical transforms, and so are the complex
+    // columns (see LaneTag).
+    const int32_t row_batch = g.new_real_lane_group(), column_batch = g.new_real_lane_group();
     std::vector<CxVec> rows(idx(n1));
     for (int a = 0; a < n1; ++a) {
+        const CopyScope copy(g, row_batch, a);
         std::vector<Ref> r(idx(n2));
         for (int b = 0; b < n2; ++b) r[idx(b)] = x[idx(pfa_input(a, b, n1, n2))];
         rows[idx(a)] = rdft(ctx, r, sign);
@@ -71,6 +77,7 @@ CxVec rdft_prime_factor(Context& ctx, const std::vector<Ref>& x, int n1, int sig
             for (int a = 0; a < n1; ++a) col[idx(a)] = rows[idx(a)][idx(k2)].re;
             out = rdft(ctx, col, sign);
         } else {
+            const CopyScope copy(g, column_batch, k2 - 1);
             CxVec col(idx(n1));
             for (int a = 0; a < n1; ++a) col[idx(a)] = rows[idx(a)][idx(k2)];
             out = dft(ctx, col, sign);
@@ -90,8 +97,12 @@ CxVec rdft_prime_factor(Context& ctx, const std::vector<Ref>& x, int n1, int sig
 CxVec rdft_cooley_tukey(Context& ctx, const std::vector<Ref>& x, int n1, int sign) {
     Graph& g = ctx.g;
     const int n = static_cast<int>(x.size()), n2 = n / n1;
+    // Batches of identical transforms: the rows, and the complex columns with
+    // their twiddles (see LaneTag).
+    const int32_t row_batch = g.new_real_lane_group(), column_batch = g.new_real_lane_group();
     std::vector<CxVec> rows(idx(n1));
     for (int a = 0; a < n1; ++a) {
+        const CopyScope copy(g, row_batch, a);
         std::vector<Ref> r(idx(n2));
         for (int b = 0; b < n2; ++b) r[idx(b)] = x[idx(a + n1 * b)];
         rows[idx(a)] = rdft(ctx, r, sign);
@@ -120,6 +131,7 @@ CxVec rdft_cooley_tukey(Context& ctx, const std::vector<Ref>& x, int n1, int sig
             }
             for (int k1 = 0; 2 * k1 < n1; ++k1) put(k2 + static_cast<long>(n2) * k1, out[idx(k1)]);
         } else {
+            const CopyScope copy(g, column_batch, k2 - 1);
             CxVec col(idx(n1));
             for (int a = 0; a < n1; ++a)
                 col[idx(a)] = twiddle(g, rows[idx(a)][idx(k2)], static_cast<long>(a) * k2, n, sign);
@@ -182,12 +194,19 @@ std::vector<Ref> irdft_direct(Graph& g, const CxVec& X, int n, int sign, bool do
 
 std::vector<Ref> irdft_prime_factor(Context& ctx, const CxVec& X, int n, int n1, int sign, bool doubled) {
     const int n2 = n / n1;
+    // Batches of identical transforms: the complex columns, and the rows (see
+    // LaneTag).
+    Graph& g = ctx.g;
+    const int32_t column_batch = g.new_real_lane_group(), row_batch = g.new_real_lane_group();
     // Columns k2 = 0..n2/2: transforms over k1 give Z[a][k2].
     std::vector<CxVec> z(idx(n1), CxVec(idx(n2 / 2 + 1)));
     for (int k2 = 0; 2 * k2 <= n2; ++k2) {
+        const bool real_col = k2 == 0 || 2 * k2 == n2;
+        std::optional<CopyScope> copy;
+        if (!real_col) copy.emplace(g, column_batch, k2 - 1);
         CxVec col(idx(n1));
         for (int k1 = 0; k1 < n1; ++k1) col[idx(k1)] = full_entry(X, crt(k1, n1, k2, n2), n);
-        if (k2 == 0 || 2 * k2 == n2) {
+        if (real_col) {
             const CxVec half(col.begin(), col.begin() + n1 / 2 + 1);
             const std::vector<Ref> r = irdft(ctx, half, n1, sign, doubled);
             for (int a = 0; a < n1; ++a) z[idx(a)][idx(k2)] = {r[idx(a)], Ref{}};
@@ -198,6 +217,7 @@ std::vector<Ref> irdft_prime_factor(Context& ctx, const CxVec& X, int n, int n1,
     }
     std::vector<Ref> x(idx(n));
     for (int a = 0; a < n1; ++a) {
+        const CopyScope copy(g, row_batch, a);
         const std::vector<Ref> r = irdft(ctx, z[idx(a)], n2, sign, doubled);
         for (int b = 0; b < n2; ++b) x[idx(pfa_input(a, b, n1, n2))] = r[idx(b)];
     }
@@ -207,6 +227,9 @@ std::vector<Ref> irdft_prime_factor(Context& ctx, const CxVec& X, int n, int n1,
 std::vector<Ref> irdft_cooley_tukey(Context& ctx, const CxVec& X, int n, int n1, int sign, bool doubled) {
     Graph& g = ctx.g;
     const int n2 = n / n1;
+    // Batches of identical transforms: the complex columns with their
+    // twiddles, and the rows (see LaneTag).
+    const int32_t column_batch = g.new_real_lane_group(), row_batch = g.new_real_lane_group();
     std::vector<CxVec> z(idx(n1), CxVec(idx(n2 / 2 + 1)));
     for (int k2 = 0; 2 * k2 <= n2; ++k2) {
         if (k2 == 0) {
@@ -234,6 +257,7 @@ std::vector<Ref> irdft_cooley_tukey(Context& ctx, const CxVec& X, int n, int n1,
             }
             for (int a = 0; a < n1; ++a) z[idx(a)][idx(k2)] = {r[idx(a)], Ref{}};
         } else {
+            const CopyScope copy(g, column_batch, k2 - 1);
             CxVec col(idx(n1));
             for (int k1 = 0; k1 < n1; ++k1) col[idx(k1)] = full_entry(X, k2 + static_cast<long>(n2) * k1, n);
             const CxVec out = dft(ctx, col, sign);
@@ -243,6 +267,7 @@ std::vector<Ref> irdft_cooley_tukey(Context& ctx, const CxVec& X, int n, int n1,
     }
     std::vector<Ref> x(idx(n));
     for (int a = 0; a < n1; ++a) {
+        const CopyScope copy(g, row_batch, a);
         const std::vector<Ref> r = irdft(ctx, z[idx(a)], n2, sign, doubled);
         for (int b = 0; b < n2; ++b) x[idx(a + n1 * b)] = r[idx(b)];
     }
