@@ -1411,17 +1411,6 @@ Choice with_float_octets(const Program& prog, const std::string& ns, Choice best
     return best;
 }
 
-} // namespace
-
-std::string print_avx2(const Program& prog, const std::string& ns) {
-    return with_float_octets(prog, ns, avx2_choice(avx2_candidates(prog, ns), false)).text;
-}
-
-// Octets on top of the AVX2 body's quads (under its limit, or any where it
-// has none), under each limit for the octets, kept only if it has octets
-// and fewer instructions than the AVX2 body: as found, the one with the
-// fewest instructions; seeded from the batches where they take fewer still,
-// the one with the fewest instructions and spills.
 // Whether the real-data recipes marked batches in the list.
 bool has_real_batches(const Program& prog) {
     return std::any_of(prog.code.begin(), prog.code.end(), [](const Instr& in) {
@@ -1443,6 +1432,17 @@ Program without_real_batches(const Program& prog) {
     return p;
 }
 
+} // namespace
+
+std::string print_avx2(const Program& prog, const std::string& ns) {
+    return with_float_octets(prog, ns, avx2_choice(avx2_candidates(prog, ns), false)).text;
+}
+
+// Octets on top of the AVX2 body's quads (under its limit, or any where it
+// has none), under each limit for the octets, kept only if it has octets
+// and fewer instructions than the AVX2 body: as found, the one with the
+// fewest instructions; seeded from the batches where they take fewer still,
+// the one with the fewest instructions and spills.
 std::string print_avx512(const Program& tagged, const std::string& ns, double* gain, std::string* avx2_body) {
     // The AVX-512 bodies have not run on a machine with AVX-512 since the
     // real-data recipes marked their batches, so they are printed as before:
