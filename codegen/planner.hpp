@@ -35,6 +35,14 @@ struct Choice {
 
 class Planner {
 public:
+    // `steps_first`: where a real length's prime-factor or Cooley-Tukey steps
+    // cost exactly what the pruned complex transform costs, take the steps
+    // (see the real recipes' forms).  They vectorise better in some codelets
+    // and worse in others, so the codelet compiler builds such codelets both
+    // ways and keeps the one whose vector body is cheaper.
+    explicit Planner(bool steps_first = false) : steps_first_(steps_first) {}
+    bool steps_first() const { return steps_first_; }
+
     // The best of `count` candidates, `measure(i)` building candidate i and
     // counting its operations; the first of equal ones wins.  With a
     // non-empty key the choice is remembered.
@@ -42,6 +50,7 @@ public:
                   const Objective& objective);
 
 private:
+    bool steps_first_;
     std::map<std::string, Choice> chosen_;
 };
 

@@ -1260,12 +1260,10 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
     return SimdPrinter(prog, 2).run(ns, packed_share);
 }
 
-namespace {
-
 // An estimate of the instructions a printed body runs: its intrinsics, less
 // casts and vectors of constants (which cost nothing or a load from memory
 // that an instruction takes as its operand), and its scalar operations.
-int instructions(const std::string& text) {
+int estimated_instructions(const std::string& text) {
     int n = 0;
     for (size_t at = text.find("_mm"); at != std::string::npos; at = text.find("_mm", at + 3)) {
         const size_t open = text.find('(', at);
@@ -1287,8 +1285,6 @@ int instructions(const std::string& text) {
         for (size_t at = text.find(op); at != std::string::npos; at = text.find(op, at + 1)) ++n;
     return n;
 }
-
-} // namespace
 
 namespace {
 
@@ -1347,7 +1343,7 @@ std::vector<Candidate> avx2_candidates(const Program& prog, const std::string& n
     auto print = [&](int widest, int slack, Lanes lanes, bool by_factor) {
         SimdPrinter printer(prog, widest, slack, -1, lanes, by_factor);
         std::string text = printer.run(ns, nullptr);
-        const int n = instructions(text);
+        const int n = estimated_instructions(text);
         c.push_back({{std::move(text), n, n + printer.spills(kAvx2Registers), widest == 2 ? -2 : slack, lanes, by_factor},
                      n + printer.saved(), printer.spills(kAvx2Registers, true), lanes != Lanes::Found});
     };
@@ -1404,7 +1400,7 @@ Choice with_float_octets(const Program& prog, const std::string& ns, Choice best
     for (int slack8 : {-1, 0, 1}) {
         SimdPrinter printer(prog, 8, std::max(best.slack, -1), slack8, lanes, by_factor, true);
         std::string text = printer.run(ns, nullptr);
-        const int n = instructions(text), c = n + printer.spills(kAvx2Registers);
+        const int n = estimated_instructions(text), c = n + printer.spills(kAvx2Registers);
         if (100 * n <= 93 * before && n < best.instructions && c <= best.cost)
             best = {std::move(text), n, c, best.slack, lanes, by_factor};
     }
@@ -1463,7 +1459,7 @@ std::string print_avx512(const Program& tagged, const std::string& ns, double* g
                 SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes, by_factor);
                 std::string text = printer.run(ns, nullptr);
                 if (printer.octets() == 0) continue;
-                const int n = instructions(text), c = n + printer.spills(kAvx512Registers);
+                const int n = estimated_instructions(text), c = n + printer.spills(kAvx512Registers);
                 if (lanes == Lanes::Found ? n < least : n < found && c < cheapest)
                     least = n, cheapest = c, best = std::move(text);
             }

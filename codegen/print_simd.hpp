@@ -38,6 +38,9 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
 // that takes at least 7% fewer instructions.
 std::string print_avx2(const Program& prog, const std::string& ns);
 
+// An estimate of the instructions a printed vector body runs.
+int estimated_instructions(const std::string& body);
+
 // The same for AVX-512: quads whose lanes are isomorphic are grouped further
 // into octets, found as the quads are, and run in 512-bit double vectors
 // (single-precision data in the eight lanes of a 256-bit float vector);

@@ -322,48 +322,51 @@ std::vector<double> random_inputs(size_t n, unsigned seed) {
 
 // Real forward transforms (half spectrum) and inverse transforms, plain and
 // with doubled middle bins (the form only the Rader convolutions use), for
-// every length.
+// every length, with the pruned transform first among equally cheap forms and
+// with the steps first.
 TEST(CodegenRecipes, RealDftsOfEveryLength) {
-    Planner planner;
-    for (int n = 2; n <= 64; ++n) {
-        const auto in = random_inputs(static_cast<size_t>(n + 2), static_cast<unsigned>(100 + n));
-        {
-            Graph g;
-            Context ctx{g, planner};
-            std::vector<Ref> x(static_cast<size_t>(n));
-            for (int i = 0; i < n; ++i) x[static_cast<size_t>(i)] = g.input(i);
-            std::vector<Ref> refs;
-            for (Cx v : rdft(ctx, x, -1)) {
-                refs.push_back(v.re);
-                refs.push_back(v.im);
-            }
-            const auto out = evaluate(g, in, refs);
-            for (int k = 0; 2 * k <= n; ++k) {
-                Cd want = 0;
-                for (int j = 0; j < n; ++j) want += in[static_cast<size_t>(j)] * unit(-double((j * k) % n) / n);
-                EXPECT_NEAR(out[static_cast<size_t>(2 * k)], want.real(), 1e-12) << n;
-                EXPECT_NEAR(out[static_cast<size_t>(2 * k + 1)], want.imag(), 1e-12) << n;
-            }
-        }
-        for (bool doubled : {false, true}) {
-            Graph g;
-            Context ctx{g, planner};
-            CxVec X(static_cast<size_t>(n / 2 + 1));
-            std::vector<Cd> half(X.size());
-            for (int k = 0; 2 * k <= n; ++k) {
-                const bool middle = k > 0 && 2 * k != n;
-                X[static_cast<size_t>(k)] = {g.input(2 * k), middle ? g.input(2 * k + 1) : Ref{}};
-                half[static_cast<size_t>(k)] = {in[static_cast<size_t>(2 * k)], middle ? in[static_cast<size_t>(2 * k + 1)] : 0.0};
-            }
-            const auto out = evaluate(g, in, irdft(ctx, X, n, +1, doubled));
-            for (int j = 0; j < n; ++j) {
-                double want = 0;
-                for (int k = 0; k < n; ++k) {
-                    Cd v = 2 * k <= n ? half[static_cast<size_t>(k)] : std::conj(half[static_cast<size_t>(n - k)]);
-                    if (doubled && k > 0 && 2 * k != n) v *= 0.5;
-                    want += (v * unit(double((j * k) % n) / n)).real();
+    for (bool steps_first : {false, true}) {
+        Planner planner(steps_first);
+        for (int n = 2; n <= 64; ++n) {
+            const auto in = random_inputs(static_cast<size_t>(n + 2), static_cast<unsigned>(100 + n));
+            {
+                Graph g;
+                Context ctx{g, planner};
+                std::vector<Ref> x(static_cast<size_t>(n));
+                for (int i = 0; i < n; ++i) x[static_cast<size_t>(i)] = g.input(i);
+                std::vector<Ref> refs;
+                for (Cx v : rdft(ctx, x, -1)) {
+                    refs.push_back(v.re);
+                    refs.push_back(v.im);
                 }
-                EXPECT_NEAR(out[static_cast<size_t>(j)], want, 1e-12) << n << (doubled ? " doubled" : "");
+                const auto out = evaluate(g, in, refs);
+                for (int k = 0; 2 * k <= n; ++k) {
+                    Cd want = 0;
+                    for (int j = 0; j < n; ++j) want += in[static_cast<size_t>(j)] * unit(-double((j * k) % n) / n);
+                    EXPECT_NEAR(out[static_cast<size_t>(2 * k)], want.real(), 1e-12) << n << " steps first " << steps_first;
+                    EXPECT_NEAR(out[static_cast<size_t>(2 * k + 1)], want.imag(), 1e-12) << n << " steps first " << steps_first;
+                }
+            }
+            for (bool doubled : {false, true}) {
+                Graph g;
+                Context ctx{g, planner};
+                CxVec X(static_cast<size_t>(n / 2 + 1));
+                std::vector<Cd> half(X.size());
+                for (int k = 0; 2 * k <= n; ++k) {
+                    const bool middle = k > 0 && 2 * k != n;
+                    X[static_cast<size_t>(k)] = {g.input(2 * k), middle ? g.input(2 * k + 1) : Ref{}};
+                    half[static_cast<size_t>(k)] = {in[static_cast<size_t>(2 * k)], middle ? in[static_cast<size_t>(2 * k + 1)] : 0.0};
+                }
+                const auto out = evaluate(g, in, irdft(ctx, X, n, +1, doubled));
+                for (int j = 0; j < n; ++j) {
+                    double want = 0;
+                    for (int k = 0; k < n; ++k) {
+                        Cd v = 2 * k <= n ? half[static_cast<size_t>(k)] : std::conj(half[static_cast<size_t>(n - k)]);
+                        if (doubled && k > 0 && 2 * k != n) v *= 0.5;
+                        want += (v * unit(double((j * k) % n) / n)).real();
+                    }
+                    EXPECT_NEAR(out[static_cast<size_t>(j)], want, 1e-12) << n << (doubled ? " doubled" : "") << " steps first " << steps_first;
+                }
             }
         }
     }

@@ -13,6 +13,7 @@
 #include "index_maps.hpp"
 #include "transforms.hpp"
 
+#include <algorithm>
 #include <numeric>
 #include <optional>
 
@@ -296,11 +297,14 @@ std::vector<Ref> irdft_by(Context& ctx, const CxVec& X, int n, int sign, bool do
     }
 }
 
-std::vector<Form> forms(int n, bool inverse) {
+// The forms of a real length, the first of equally cheap ones chosen: the
+// pruned complex transform first, or with `steps_first` last (see Planner).
+std::vector<Form> forms(int n, bool inverse, bool steps_first) {
     std::vector<Form> c{{Form::Pruned, 0}};
     if (inverse && (n <= 4 || is_prime(n))) c.push_back({Form::Direct, 0});
     if (n <= 4 || is_prime(n)) return c;
     for (int n1 : proper_divisors(n)) c.push_back({std::gcd(n1, n / n1) == 1 ? Form::PrimeFactor : Form::CooleyTukey, n1});
+    if (steps_first) std::rotate(c.begin(), c.begin() + 1, c.end());
     return c;
 }
 
@@ -318,7 +322,7 @@ std::vector<Ref> parts(const CxVec& y) {
 CxVec rdft(Context& ctx, const std::vector<Ref>& x, int sign) {
     const int n = static_cast<int>(x.size());
     if (n == 1) return {Cx{x[0], Ref{}}};
-    const std::vector<Form> cands = forms(n, false);
+    const std::vector<Form> cands = forms(n, false, ctx.planner.steps_first());
     const std::string what = "rdft" + std::to_string(n);
     const Form f = cands[ctx.planner.choose(what, cands.size(), [&](size_t i) {
         Graph g;
@@ -333,7 +337,7 @@ CxVec rdft(Context& ctx, const std::vector<Ref>& x, int sign) {
 
 std::vector<Ref> irdft(Context& ctx, const CxVec& X, int n, int sign, bool doubled) {
     if (n == 1) return {X[0].re};
-    const std::vector<Form> cands = forms(n, true);
+    const std::vector<Form> cands = forms(n, true, ctx.planner.steps_first());
     const std::string what = std::string(doubled ? "doubled " : "") + "irdft" + std::to_string(n);
     const Form f = cands[ctx.planner.choose(what, cands.size(), [&](size_t i) {
         Graph g;
