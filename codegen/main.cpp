@@ -63,6 +63,7 @@ constexpr double kVectorShare = 0.5;
 // instructions, and 512-bit lanes and their shuffles lengthen it (lengths 4
 // to 12 ran 5 to 15% slower with octets, 16 and up 10 to 50% faster).
 constexpr double kAvx512Gain = 0.06;
+constexpr long kAvx512Operations = 128;
 
 // The share of instructions a real-data codelet's AVX2 bodies must save to
 // take the plan built with steps first (see zg::Planner).  Measured, the
@@ -72,7 +73,6 @@ constexpr double kAvx512Gain = 0.06;
 // 10 to 24 points), so it keeps its plans.  A switched codelet gets no
 // AVX-512 body: none has run on a machine with AVX-512.
 constexpr double kStepsGain = 0.05;
-constexpr long kAvx512Operations = 128;
 
 // The AVX-512 bodies go to one file for this many codelet files.
 constexpr size_t kShardsPerAvx512File = 8;
