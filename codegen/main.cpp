@@ -184,10 +184,14 @@ int main(int argc, char** argv) {
         std::optional<Built> steps;  // a real-data codelet built with steps first, where its plan differs
     };
     std::vector<Meta> meta;
+    // The real-data codelets (the families with a packed layout) of each
+    // direction and length: their indices in `meta`.
+    std::map<std::pair<zg::Transform, int>, std::vector<size_t>> layouts;
     for (const zg::Family& f : zg::families()) {
         for (int n = f.first; n <= f.generated_last; ++n) {
             meta.push_back({&f, n, build(planner, f, n), std::nullopt});
-            if (f.transform != zg::Transform::RealForward && f.transform != zg::Transform::RealInverse) continue;
+            if (f.layout == zg::Layout::None) continue;
+            layouts[{f.transform, n}].push_back(meta.size() - 1);
             // Built into `printed` and taken out again where the plan is the same.
             const size_t size = printed.size();
             Built s = build(steps_planner, f, n);
@@ -207,20 +211,17 @@ int main(int argc, char** argv) {
             n += printed[j].share >= kVectorShare ? zg::estimated_instructions(printed[j].avx2) : 1L << 30;
         return static_cast<double>(n);
     };
-    std::map<std::pair<zg::Transform, int>, std::vector<Meta*>> layouts;
-    for (Meta& m : meta)
-        if (m.f->transform == zg::Transform::RealForward || m.f->transform == zg::Transform::RealInverse)
-            layouts[{m.f->transform, m.n}].push_back(&m);
-    for (auto& [length, group] : layouts) {
+    for (const auto& [length, group] : layouts) {
         double was = 0, steps = 0;
         bool eligible = true;
-        for (const Meta* m : group) {
-            eligible &= m->steps && m->steps->k.muls <= m->built.k.muls && m->steps->k.adds <= m->built.k.adds;
+        for (size_t i : group) {
+            const Meta& m = meta[i];
+            eligible &= m.steps && m.steps->k.muls <= m.built.k.muls && m.steps->k.adds <= m.built.k.adds;
             if (!eligible) break;
-            was += avx2(m->built), steps += avx2(*m->steps);
+            was += avx2(m.built), steps += avx2(*m.steps);
         }
         if (eligible && steps <= (1.0 - kStepsGain) * was)
-            for (Meta* m : group) m->built = *m->steps;
+            for (size_t i : group) meta[i].built = *meta[i].steps;
     }
     for (const Meta& m : meta) {
         const zg::Family* f = m.f;
