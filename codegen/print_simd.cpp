@@ -1434,6 +1434,74 @@ std::string print_avx2(const Program& prog, const std::string& ns) {
     return with_float_octets(prog, ns, avx2_choice(avx2_candidates(prog, ns), false)).text;
 }
 
+// A variant's key: widest pack, limits of quads and octets, seeding, pairing
+// by factors, float octets, the real-data recipes' batches kept; e.g.
+// "4,0,-1,copies,1,0,1".
+namespace {
+const char* const kLaneNames[] = {"found", "copies-parts", "copies"};
+
+struct Variant {
+    int widest = 2, slack = -1, slack8 = -1;
+    Lanes lanes = Lanes::Found;
+    bool by_factor = false, float_octets = false, real_batches = true;
+
+    std::string key() const {
+        return std::to_string(widest) + ',' + std::to_string(slack) + ',' + std::to_string(slack8) + ',' +
+               kLaneNames[static_cast<int>(lanes)] + ',' + (by_factor ? '1' : '0') + ',' + (float_octets ? '1' : '0') +
+               ',' + (real_batches ? '1' : '0');
+    }
+
+    static Variant parse(const std::string& key) {
+        std::istringstream in(key);
+        std::string f[7], rest;
+        for (std::string& x : f)
+            if (!std::getline(in, x, ',')) throw std::invalid_argument("AVX2 variant key " + key);
+        Variant v;
+        auto flag = [&](const std::string& x) {
+            if (x != "0" && x != "1") throw std::invalid_argument("AVX2 variant key " + key);
+            return x == "1";
+        };
+        v.widest = std::stoi(f[0]), v.slack = std::stoi(f[1]), v.slack8 = std::stoi(f[2]);
+        v.by_factor = flag(f[4]), v.float_octets = flag(f[5]), v.real_batches = flag(f[6]);
+        const auto lane = std::find(std::begin(kLaneNames), std::end(kLaneNames), f[3]);
+        if (lane == std::end(kLaneNames) || (v.widest != 2 && v.widest != 4 && v.widest != 8) ||
+            (v.widest == 8) != v.float_octets || std::getline(in, rest))
+            throw std::invalid_argument("AVX2 variant key " + key);
+        v.lanes = static_cast<Lanes>(lane - std::begin(kLaneNames));
+        return v;
+    }
+};
+} // namespace
+
+std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key) {
+    const Variant v = Variant::parse(key);
+    if (v.float_octets && prog.scalar != Type::F32) throw std::invalid_argument("float octets in a double body: " + key);
+    const Program& p = v.real_batches ? prog : without_real_batches(prog);
+    return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets).run(ns, nullptr);
+}
+
+std::vector<std::string> avx2_variants(const Program& tagged) {
+    std::vector<std::string> keys{Variant{}.key()};
+    // With the real-data recipes' batches, and where there are some, without.
+    for (bool real_batches : {true, false}) {
+        if (!real_batches && !has_real_batches(tagged)) break;
+        const Program& prog = real_batches ? tagged : without_real_batches(tagged);
+        const FactorPairings factors(prog);
+        for (Lanes lanes : {Lanes::Found, Lanes::CopiesParts, Lanes::Copies}) {
+            if (lanes != Lanes::Found && !has_batches(prog)) break;
+            for (bool by_factor : {false, true})
+                for (int slack : {-1, 0, 1}) {
+                    if (!factors.tried(lanes, by_factor)) continue;
+                    keys.push_back(Variant{4, slack, -1, lanes, by_factor, false, real_batches}.key());
+                    if (prog.scalar == Type::F32)
+                        for (int slack8 : {-1, 0, 1})
+                            keys.push_back(Variant{8, slack, slack8, lanes, by_factor, true, real_batches}.key());
+                }
+        }
+    }
+    return keys;
+}
+
 // Octets on top of the AVX2 body's quads (under its limit, or any where it
 // has none), under each limit for the octets, kept only if it has octets
 // and fewer instructions than the AVX2 body: as found, the one with the

@@ -19,6 +19,7 @@
 #include "lower.hpp"
 
 #include <string>
+#include <vector>
 
 namespace zg {
 
@@ -37,6 +38,13 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
 // floats in 256-bit vectors (the products stay in quads of doubles), where
 // that takes at least 7% fewer instructions.
 std::string print_avx2(const Program& prog, const std::string& ns);
+
+// The AVX2 bodies print_avx2 chooses among by its estimate, each named by a
+// key (pairs alone; quads under each limit, seeding and pairing; octets of
+// floats on each), and the body of one key.  All give the same bits; which
+// runs fastest is measured (zamgen-tune-avx2) and kept in a table.
+std::vector<std::string> avx2_variants(const Program& prog);
+std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key);
 
 // An estimate of the instructions a printed vector body runs.
 int estimated_instructions(const std::string& body);

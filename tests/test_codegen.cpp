@@ -214,6 +214,31 @@ TEST(CodegenSimd, RealBatchesRunInVectors) {
     }
 }
 
+// The body the estimate chooses is one of the AVX2 variants that
+// zamgen-tune-avx2 measures, so a measured choice can always fall back on
+// it; a key that names no variant is refused.
+TEST(CodegenSimd, TheEstimatesAvx2BodyIsAVariant) {
+    Planner planner;
+    for (const Family& f : families())
+        for (int n : {8, 13, 54}) {
+            if (f.transform == Transform::Wht || n > f.generated_last) continue;
+            const CodeletGraph c = build_codelet(planner, f, n);
+            for (Precision p : {Precision::Single, Precision::Double}) {
+                const Program prog =
+                    lower(c, {codelet_name(f, n, p), element_type(f, p), f.complex_elements, f.rule, length_of(f, n)}, p);
+                const std::string chosen = print_avx2(prog, "ns");
+                const std::vector<std::string> keys = avx2_variants(prog);
+                EXPECT_TRUE(std::any_of(keys.begin(), keys.end(), [&](const std::string& k) { return print_avx2(prog, "ns", k) == chosen; }))
+                    << prog.sig.function;
+            }
+        }
+    const Program prog = lower(build_codelet(planner, families().front(), 8),
+                               {"f", "double", true, zam::ScaleRule::Forward, 8}, Precision::Double);
+    for (const char* bad : {"", "4,0,-1,found,1,0", "3,0,-1,found,0,0,1", "4,0,-1,lost,0,0,1", "4,0,-1,found,2,0,1",
+                            "8,0,0,found,0,1,1", "4,0,-1,found,0,0,1,1"})
+        EXPECT_THROW(print_avx2(prog, "ns", bad), std::invalid_argument) << bad;
+}
+
 // The AVX-512 bodies of the power-of-two complex transforms run in octets
 // (eight double lanes, or eight float lanes in a 256-bit vector) and save
 // at least a twentieth of the instructions of the AVX2 body with quads alone,

@@ -1,0 +1,146 @@
+// zamgen-tune-avx2: times every AVX2 variant of every codelet (the bodies
+// the vector printer chooses among by its estimate, written by
+// `zamgen-codegen --variants`) and writes the table of those that run
+// faster than the estimate's choice, codegen/avx2_choices.tsv.
+//
+//   zamgen-tune-avx2 TABLE
+//
+// All variants give the scalar body's bits (checked here on one input per
+// scaling flag; the tests check the chosen bodies fully).  Each codelet's
+// variants are timed in turns, twice over; a variant is taken where it runs
+// at most kGain of the estimate's choice's time in both rounds.
+#include "frame/pick.hpp"
+#include "variants.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Body = ZamStatus (*)(const void*, void*, uint32_t);
+
+struct Variant {
+    const char* name;
+    Body body, scalar;
+    const char* key;
+    bool estimate;
+};
+
+// Every body is called through one function type: `call<f>` passes the
+// buffers on as f's element types (and the Walsh-Hadamard codelets a work
+// buffer, which they take).
+alignas(64) uint8_t work[4096];
+
+template <class E, class D>
+ZamStatus pass(ZamStatus (*f)(const E*, D*, uint32_t), const void* src, void* dst, uint32_t flag) {
+    return f(static_cast<const E*>(src), static_cast<D*>(dst), flag);
+}
+template <class E, class D>
+ZamStatus pass(ZamStatus (*f)(const E*, D*, uint32_t, uint8_t*), const void* src, void* dst, uint32_t flag) {
+    return f(static_cast<const E*>(src), static_cast<D*>(dst), flag, work);
+}
+template <auto f> ZamStatus call(const void* src, void* dst, uint32_t flag) { return pass(f, src, dst, flag); }
+
+#define ZAM_VARIANT(name, ns, key, estimate) {#name, &call<&ns::name>, &call<&zam::scalar::name>, key, estimate},
+const Variant kVariants[] = {
+#include "variants.inc"
+};
+#undef ZAM_VARIANT
+
+constexpr double kGain = 0.96;
+constexpr int kTurns = 5;
+
+// Room for the largest codelet's input and output (64 complex doubles).
+alignas(64) double input[1024], output[1024], expected[1024];
+
+double nanoseconds(Body f, int calls) {
+    const auto t0 = std::chrono::steady_clock::now();
+    for (int i = 0; i < calls; ++i) {
+        f(input, output, ZAM_NODIV_BY_ANY);
+        asm volatile("" ::: "memory");
+    }
+    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - t0).count() / calls;
+}
+
+// The least time of each variant over kTurns turns.
+std::vector<double> round_of(const std::vector<const Variant*>& v, int calls) {
+    std::vector<double> best(v.size(), 1e30);
+    for (int t = 0; t < kTurns; ++t)
+        for (size_t k = 0; k < v.size(); ++k) best[k] = std::min(best[k], nanoseconds(v[k]->body, calls));
+    return best;
+}
+
+bool same_bits(const std::vector<const Variant*>& v) {
+    for (uint32_t flag : {ZAM_DIV_FWD_BY_N, ZAM_DIV_INV_BY_N, ZAM_DIV_BY_SQRTN, ZAM_NODIV_BY_ANY}) {
+        std::memset(expected, 0, sizeof expected);
+        v[0]->scalar(input, expected, flag);
+        for (const Variant* x : v) {
+            std::memset(output, 0, sizeof output);
+            x->body(input, output, flag);
+            if (std::memcmp(output, expected, sizeof output) != 0) {
+                std::fprintf(stderr, "%s: variant %s gives other bits\n", x->name, x->key);
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: zamgen-tune-avx2 TABLE\n");
+        return 2;
+    }
+    if (!zam::path_supported(zam::Path::Avx2)) {
+        std::fprintf(stderr, "zamgen-tune-avx2: this processor has no AVX2\n");
+        return 1;
+    }
+    std::map<std::string, std::vector<const Variant*>> codelets;
+    for (const Variant& v : kVariants) codelets[v.name].push_back(&v);
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
+    std::string table;
+    int taken = 0, failed = 0;
+    for (const auto& [name, v] : codelets) {
+        // Random data in the codelet's precision.
+        if (name.find("_32f") != std::string::npos)
+            for (size_t i = 0; i < 2 * std::size(input); ++i) reinterpret_cast<float*>(input)[i] = uniform(random);
+        else
+            for (double& x : input) x = uniform(random);
+        if (!same_bits(v)) {
+            ++failed;
+            continue;
+        }
+        const size_t estimate = std::find_if(v.begin(), v.end(), [](const Variant* x) { return x->estimate; }) - v.begin();
+        if (estimate == v.size()) {
+            std::fprintf(stderr, "%s: the estimate's body is not among the variants\n", name.c_str());
+            ++failed;
+            continue;
+        }
+        const int calls = std::max(20, static_cast<int>(2e5 / std::max(1.0, nanoseconds(v[estimate]->body, 200))));
+        const std::vector<double> a = round_of(v, calls), b = round_of(v, calls);
+        size_t best = estimate;
+        for (size_t k = 0; k < v.size(); ++k)
+            if (a[k] + b[k] < a[best] + b[best]) best = k;
+        const bool take = best != estimate && a[best] <= kGain * a[estimate] && b[best] <= kGain * b[estimate];
+        std::printf("%s\t%zu variants\testimate %.1f ns\tbest %s %.1f ns\t%.3f%s\n", name.c_str(), v.size(),
+                    std::min(a[estimate], b[estimate]), v[best]->key, std::min(a[best], b[best]),
+                    (a[best] + b[best]) / (a[estimate] + b[estimate]), take ? "\ttaken" : "");
+        if (take) table += name + '\t' + v[best]->key + '\n', ++taken;
+    }
+    std::ofstream out(argv[1], std::ios::trunc);
+    out << "# AVX2 bodies chosen by measurement: codelet, variant key (see zg::avx2_variants).\n"
+           "# Written by zamgen-tune-avx2; a codelet not listed takes the body the estimate chooses.\n"
+        << table;
+    std::fprintf(stderr, "zamgen-tune-avx2: %d of %zu codelets take another body\n", taken, codelets.size());
+    return failed || !out ? 1 : 0;
+}
