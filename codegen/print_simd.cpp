@@ -78,10 +78,11 @@ public:
     // `float_octets` (AVX2): octets only of float loads, sums and
     // differences, in 256-bit float vectors; products, their combinations
     // and roundings stay in quads, and no 512-bit vector is printed.
+    // `by_height`: see schedule.
     SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found,
-                bool by_factor = false, bool float_octets = false)
+                bool by_factor = false, bool float_octets = false, bool by_height = false)
         : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes),
-          by_factor_(by_factor), float_octets_(float_octets), not512_(widest < 8 || float_octets) {}
+          by_factor_(by_factor), float_octets_(float_octets), not512_(widest < 8 || float_octets), by_height_(by_height) {}
 
     // How many sums printed as a difference or with _mm_addsub (see
     // emit_pack) saved a sign flip that an AVX-512 body prints.
@@ -517,6 +518,20 @@ private:
         std::vector<int> more;  // the neighbouring stores emitted with `instr`
     };
 
+    // A unit's latency in cycles, roughly (a 256-bit product of floats
+    // widens them first; a rounding narrows).
+    int latency(const Unit& u) const {
+        const Instr& in = code_[static_cast<size_t>(u.pack >= 0 ? packs_[static_cast<size_t>(u.pack)].in[0] : u.instr)];
+        switch (in.op) {
+        case Opcode::Load:
+        case Opcode::Store: return 1;
+        case Opcode::Round: return 6;
+        case Opcode::MulConst:
+        case Opcode::Mul: return single_ ? 7 : 3;
+        default: return 3;
+        }
+    }
+
     void schedule() {
         for (;;) {
             std::vector<Unit> units;
@@ -563,17 +578,40 @@ private:
                         next[static_cast<size_t>(from)].push_back(to);
                         ++waiting[static_cast<size_t>(to)];
                     }
-            std::priority_queue<int, std::vector<int>, std::greater<int>> ready;
-            for (size_t k = 0; k < units.size(); ++k)
-                if (waiting[k] == 0) ready.push(static_cast<int>(k));
-            order_.clear();
-            while (!ready.empty()) {
-                const int k = ready.top();
-                ready.pop();
-                order_.push_back(units[static_cast<size_t>(k)]);
-                for (int n : next[static_cast<size_t>(k)])
-                    if (--waiting[static_cast<size_t>(n)] == 0) ready.push(n);
+            // Ready units by priority: first position, or with `by_height`
+            // the longest chain of latencies to a store first.
+            std::vector<int> height(units.size(), 0);
+            auto kahn = [&](std::vector<int> waits) {
+                auto later = [&](int a, int b) {
+                    return height[static_cast<size_t>(a)] != height[static_cast<size_t>(b)]
+                               ? height[static_cast<size_t>(a)] < height[static_cast<size_t>(b)]
+                               : a > b;
+                };
+                std::priority_queue<int, std::vector<int>, decltype(later)> ready(later);
+                for (size_t k = 0; k < units.size(); ++k)
+                    if (waits[k] == 0) ready.push(static_cast<int>(k));
+                std::vector<int> seq;
+                while (!ready.empty()) {
+                    const int k = ready.top();
+                    ready.pop();
+                    seq.push_back(k);
+                    for (int n : next[static_cast<size_t>(k)])
+                        if (--waits[static_cast<size_t>(n)] == 0) ready.push(n);
+                }
+                return std::pair{seq, waits};
+            };
+            auto [seq, left] = kahn(waiting);
+            if (seq.size() == units.size() && by_height_) {
+                for (auto k = seq.rbegin(); k != seq.rend(); ++k) {
+                    int h = 0;
+                    for (int n : next[static_cast<size_t>(*k)]) h = std::max(h, height[static_cast<size_t>(n)]);
+                    height[static_cast<size_t>(*k)] = h + latency(units[static_cast<size_t>(*k)]);
+                }
+                seq = kahn(waiting).first;
             }
+            order_.clear();
+            for (int k : seq) order_.push_back(units[static_cast<size_t>(k)]);
+            waiting = std::move(left);
             if (order_.size() == units.size()) return;
             // A cycle: split the widest packs left unscheduled into their
             // halves (pairs into single instructions), and try again.
@@ -1240,6 +1278,7 @@ private:
     const bool by_factor_;  // products pair by their factors where that costs nothing
     const bool float_octets_;  // AVX2: octets of float sums, differences and loads only
     const bool not512_;        // an SSE2 or AVX2 body (AVX-512 bodies print sums as they always did)
+    const bool by_height_;     // scheduled by the longest chain of latencies to a store (see schedule)
     bool by_factor_chose_ = false;
     int saved_ = 0;
     std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
@@ -1435,25 +1474,25 @@ std::string print_avx2(const Program& prog, const std::string& ns) {
 }
 
 // A variant's key: widest pack, limits of quads and octets, seeding, pairing
-// by factors, float octets, the real-data recipes' batches kept; e.g.
-// "4,0,-1,copies,1,0,1".
+// by factors, float octets, the real-data recipes' batches kept, scheduled
+// by height; e.g. "4,0,-1,copies,1,0,1,0".
 namespace {
 const char* const kLaneNames[] = {"found", "copies-parts", "copies"};
 
 struct Variant {
     int widest = 2, slack = -1, slack8 = -1;
     Lanes lanes = Lanes::Found;
-    bool by_factor = false, float_octets = false, real_batches = true;
+    bool by_factor = false, float_octets = false, real_batches = true, by_height = false;
 
     std::string key() const {
         return std::to_string(widest) + ',' + std::to_string(slack) + ',' + std::to_string(slack8) + ',' +
                kLaneNames[static_cast<int>(lanes)] + ',' + (by_factor ? '1' : '0') + ',' + (float_octets ? '1' : '0') +
-               ',' + (real_batches ? '1' : '0');
+               ',' + (real_batches ? '1' : '0') + ',' + (by_height ? '1' : '0');
     }
 
     static Variant parse(const std::string& key) {
         std::istringstream in(key);
-        std::string f[7], rest;
+        std::string f[8], rest;
         for (std::string& x : f)
             if (!std::getline(in, x, ',')) throw std::invalid_argument("AVX2 variant key " + key);
         Variant v;
@@ -1462,7 +1501,7 @@ struct Variant {
             return x == "1";
         };
         v.widest = std::stoi(f[0]), v.slack = std::stoi(f[1]), v.slack8 = std::stoi(f[2]);
-        v.by_factor = flag(f[4]), v.float_octets = flag(f[5]), v.real_batches = flag(f[6]);
+        v.by_factor = flag(f[4]), v.float_octets = flag(f[5]), v.real_batches = flag(f[6]), v.by_height = flag(f[7]);
         const auto lane = std::find(std::begin(kLaneNames), std::end(kLaneNames), f[3]);
         if (lane == std::end(kLaneNames) || (v.widest != 2 && v.widest != 4 && v.widest != 8) ||
             (v.widest == 8) != v.float_octets || std::getline(in, rest))
@@ -1477,11 +1516,11 @@ std::string print_avx2(const Program& prog, const std::string& ns, const std::st
     const Variant v = Variant::parse(key);
     if (v.float_octets && prog.scalar != Type::F32) throw std::invalid_argument("float octets in a double body: " + key);
     const Program& p = v.real_batches ? prog : without_real_batches(prog);
-    return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets).run(ns, nullptr);
+    return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets, v.by_height).run(ns, nullptr);
 }
 
 std::vector<std::string> avx2_variants(const Program& tagged) {
-    std::vector<std::string> keys{Variant{}.key()};
+    std::vector<Variant> v{Variant{}};
     // With the real-data recipes' batches, and where there are some, without.
     for (bool real_batches : {true, false}) {
         if (!real_batches && !has_real_batches(tagged)) break;
@@ -1492,12 +1531,18 @@ std::vector<std::string> avx2_variants(const Program& tagged) {
             for (bool by_factor : {false, true})
                 for (int slack : {-1, 0, 1}) {
                     if (!factors.tried(lanes, by_factor)) continue;
-                    keys.push_back(Variant{4, slack, -1, lanes, by_factor, false, real_batches}.key());
+                    v.push_back({4, slack, -1, lanes, by_factor, false, real_batches});
                     if (prog.scalar == Type::F32)
-                        for (int slack8 : {-1, 0, 1})
-                            keys.push_back(Variant{8, slack, slack8, lanes, by_factor, true, real_batches}.key());
+                        for (int slack8 : {-1, 0, 1}) v.push_back({8, slack, slack8, lanes, by_factor, true, real_batches});
                 }
         }
+    }
+    // Each also scheduled by height.
+    std::vector<std::string> keys;
+    for (Variant& x : v) {
+        keys.push_back(x.key());
+        x.by_height = true;
+        keys.push_back(x.key());
     }
     return keys;
 }

@@ -39,10 +39,11 @@ std::string print_simd(const Program& prog, const std::string& ns, double* packe
 // that takes at least 7% fewer instructions.
 std::string print_avx2(const Program& prog, const std::string& ns);
 
-// The AVX2 bodies print_avx2 chooses among by its estimate, each named by a
-// key (pairs alone; quads under each limit, seeding and pairing; octets of
-// floats on each), and the body of one key.  All give the same bits; which
-// runs fastest is measured (zamgen-tune-avx2) and kept in a table.
+// The AVX2 bodies print_avx2 chooses among by its estimate and a few more,
+// each named by a key (pairs alone; quads under each limit, seeding and
+// pairing, with and without the real-data recipes' batches; octets of floats
+// on each; each in two orders), and the body of one key.  All give the same
+// bits; which runs fastest is measured (zamgen-tune-avx2) and kept in a table.
 std::vector<std::string> avx2_variants(const Program& prog);
 std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key);
 
