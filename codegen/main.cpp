@@ -57,21 +57,12 @@ struct Unit {
 // below it, the pairs' shuffles cost about what the pairs save.
 constexpr double kVectorShare = 0.5;
 
-// The share of the AVX2 body's instructions an AVX-512 body must save to be
-// compiled (each costs compile time and library size), and the arithmetic a
-// codelet must have: the small ones run a short chain of dependent
-// instructions, and 512-bit lanes and their shuffles lengthen it (lengths 4
-// to 12 ran 5 to 15% slower with octets, 16 and up 10 to 50% faster).
-constexpr double kAvx512Gain = 0.06;
-constexpr long kAvx512Operations = 128;
-
 // The share of instructions a real-data codelet's AVX2 bodies must save to
 // take the plan built with steps first (see zg::Planner).  Measured, the
 // real-data codelets this switched ran 0.33 to 1.12 times their old time
 // (the inverse of 52 points 0.33 to 0.62); in the Hartley transform the
 // estimate chose plans that ran up to 1.35 times slower (single precision,
-// 10 to 24 points), so it keeps its plans.  A switched codelet gets no
-// AVX-512 body: none has run on a machine with AVX-512.
+// 10 to 24 points), so it keeps its plans.
 constexpr double kStepsGain = 0.05;
 
 // The AVX-512 bodies go to one file for this many codelet files.
@@ -110,9 +101,8 @@ private:
 // One codelet in one precision: its lowered program and its printed bodies.
 struct Printed {
     zg::Program prog;
-    bool avx512_wanted = true;  // else no AVX-512 body is printed
     std::string scalar, sse2, avx2, avx512;
-    double share = 0, gain = 0;  // see print_simd and print_avx512
+    double share = 0;            // see print_simd
     std::string avx2_measured;   // the AVX2 body measured fastest, where not `avx2` (avx2_choices.tsv)
 };
 
@@ -122,14 +112,40 @@ const std::map<std::string, std::string> kAvx2Choices = {
 #include "avx2_choices.inc"
 };
 
+// The codelets whose AVX-512 body ran faster than their AVX2 body, and the
+// variant key of that body (zg::avx512_variants), from avx512_choices.tsv.
+// The others run their AVX2 body on processors with AVX-512 too.
+const std::map<std::string, std::string> kAvx512Choices = {
+#include "avx512_choices.inc"
+};
+
+// The AVX2 body the library runs.
+const std::string& avx2_body(const Printed& x) { return x.avx2_measured.empty() ? x.avx2 : x.avx2_measured; }
+
+// The AVX-512 variants that are AVX2 bodies compiled for AVX-512: the same
+// instructions with 32 vector registers instead of 16, so fewer values
+// spill to the stack.  "ymm32" is the AVX2 body the library runs,
+// "ymm32:KEY" the AVX2 variant KEY (zg::avx2_variants), which with twice the
+// registers may run faster than the body chosen for 16.
+const std::string kAvx2InAvx512 = "ymm32";
+
+// The AVX-512 body of variant `key` (see avx512_variants).
+std::string avx512_body(const Printed& x, const std::string& key) {
+    if (key == kAvx2InAvx512) return avx2_body(x);
+    if (key.starts_with(kAvx2InAvx512 + ':'))
+        return zg::print_avx2(x.prog, "ZAM_VX_NS", key.substr(kAvx2InAvx512.size() + 1));
+    return zg::print_avx512(x.prog, "ZAM_VX_NS", key);
+}
+
 void print_one(Printed& x) {
     x.scalar = zg::print_cpp(x.prog);
     x.sse2 = zg::print_simd(x.prog, "ZAM_VX_NS", &x.share);
     if (x.share < kVectorShare) return;
-    if (x.avx512_wanted) x.avx512 = zg::print_avx512(x.prog, "ZAM_VX_NS", &x.gain, &x.avx2);
-    else x.avx2 = zg::print_avx2(x.prog, "ZAM_VX_NS");
+    x.avx2 = zg::print_avx2(x.prog, "ZAM_VX_NS");
     if (const auto it = kAvx2Choices.find(x.prog.sig.function); it != kAvx2Choices.end())
         x.avx2_measured = zg::print_avx2(x.prog, "ZAM_VX_NS", it->second);
+    if (const auto it = kAvx512Choices.find(x.prog.sig.function); it != kAvx512Choices.end())
+        x.avx512 = avx512_body(x, it->second);
 }
 
 // Runs f(0) to f(n - 1) on as many threads as the machine has cores; each
@@ -148,36 +164,61 @@ template <class F> void on_every_core(size_t n, F f) {
 
 constexpr double kVariantSlack = 1.15;
 
-// Every AVX2 variant of the codelets with vector bodies (`bodies`), each
-// distinct body once, for zamgen-tune-avx2 to measure: in namespaces
-// zam::variant::v<k> of variants_<s>.cpp, declared in variants.hpp, listed in
-// variants.inc with their keys and which one the estimate chooses.
-bool write_variants(const std::filesystem::path& dir, size_t shards, const std::vector<const Printed*>& bodies) {
-    std::vector<std::vector<std::pair<std::string, std::string>>> all(bodies.size());  // key, body
-    // Pairs alone, the bodies chosen now and those within kVariantSlack of
-    // the fewest estimated instructions (the others have not run faster
-    // where measured, and would take long to compile); scheduled by height
-    // (the key's last field) only pairs alone and the estimate's choice.
-    on_every_core(bodies.size(), [&](size_t i) {
-        const Printed& x = *bodies[i];
-        auto& v = all[i];
-        for (const std::string& key : zg::avx2_variants(x.prog)) {
-            std::string text = zg::print_avx2(x.prog, "ZAM_VX_NS", key);
-            if (std::none_of(v.begin(), v.end(), [&](const auto& y) { return y.second == text; }))
-                v.emplace_back(key, std::move(text));
-        }
-        int least = 1 << 30;
-        std::string estimate;
-        for (const auto& [key, text] : v) {
-            least = std::min(least, zg::estimated_instructions(text));
-            if (text == x.avx2) estimate = key;
-        }
-        std::erase_if(v, [&](const auto& y) {
-            if (y.first.starts_with("2,") || y.second == x.avx2 || y.second == x.avx2_measured) return false;
-            if (y.first.back() == '1') return y.first.substr(0, y.first.size() - 1) != estimate.substr(0, estimate.size() - 1);
-            return zg::estimated_instructions(y.second) > kVariantSlack * least;
-        });
+// A codelet's bodies to measure on one path: key and text.
+using VariantList = std::vector<std::pair<std::string, std::string>>;
+
+// Every AVX2 variant of a codelet with a vector body, each distinct body
+// once: pairs alone, the bodies chosen now and those within kVariantSlack
+// of the fewest estimated instructions (the others have not run faster
+// where measured, and would take long to compile); scheduled by height (the
+// key's last field) only pairs alone and the estimate's choice.
+VariantList avx2_variants(const Printed& x) {
+    VariantList v;
+    for (const std::string& key : zg::avx2_variants(x.prog)) {
+        std::string text = zg::print_avx2(x.prog, "ZAM_VX_NS", key);
+        if (std::none_of(v.begin(), v.end(), [&](const auto& y) { return y.second == text; }))
+            v.emplace_back(key, std::move(text));
+    }
+    int least = 1 << 30;
+    std::string estimate;
+    for (const auto& [key, text] : v) {
+        least = std::min(least, zg::estimated_instructions(text));
+        if (text == x.avx2) estimate = key;
+    }
+    std::erase_if(v, [&](const auto& y) {
+        if (y.first.starts_with("2,") || y.second == x.avx2 || y.second == x.avx2_measured) return false;
+        if (y.first.back() == '1') return y.first.substr(0, y.first.size() - 1) != estimate.substr(0, estimate.size() - 1);
+        return zg::estimated_instructions(y.second) > kVariantSlack * least;
     });
+    return v;
+}
+
+// Every AVX-512 variant of a codelet with a vector body, each distinct body
+// once: the AVX2 body and the AVX2 variants with 32 registers, and the
+// bodies with octets.
+VariantList avx512_variants(const Printed& x) {
+    VariantList v;
+    auto add = [&](const std::string& key, std::string text) {
+        if (!text.empty() && std::none_of(v.begin(), v.end(), [&](const auto& y) { return y.second == text; }))
+            v.emplace_back(key, std::move(text));
+    };
+    add(kAvx2InAvx512, avx2_body(x));
+    for (auto& [key, text] : avx2_variants(x)) add(kAvx2InAvx512 + ':' + key, std::move(text));
+    for (const std::string& key : zg::avx512_variants(x.prog)) add(key, zg::print_avx512(x.prog, "ZAM_VX_NS", key));
+    return v;
+}
+
+// The variants of one path of the codelets with vector bodies (`bodies`),
+// for zamgen-tune-avx2 or zamgen-tune-avx512 to measure: in namespaces
+// zam::variant::v<k> of variants_<s>.cpp, declared in variants.hpp, listed in
+// variants.inc with their keys and which one the library runs now.  For AVX2
+// that is one of the variants (the estimate's choice); for AVX-512 it is
+// the AVX2 body (zam::avx2, key "avx2"), listed with every codelet that has
+// an AVX-512 variant.
+bool write_variants(const std::filesystem::path& dir, size_t shards, const std::vector<const Printed*>& bodies,
+                    bool avx512) {
+    std::vector<VariantList> all(bodies.size());
+    on_every_core(bodies.size(), [&](size_t i) { all[i] = avx512 ? avx512_variants(*bodies[i]) : avx2_variants(*bodies[i]); });
     const std::string top = "// Generated by zamgen-codegen; do not edit.\n";
     std::vector<std::string> files(shards, top + "#include \"frame/checks.hpp\"\n\n#include <immintrin.h>\n");
     std::string header = top + "#pragma once\n#include \"zamgen.h\"\n", table = top;
@@ -185,6 +226,7 @@ bool write_variants(const std::filesystem::path& dir, size_t shards, const std::
     for (size_t i = 0; i < bodies.size(); ++i) {
         const Printed& x = *bodies[i];
         const std::string& name = x.prog.sig.function;
+        if (avx512 && !all[i].empty()) table += "ZAM_VARIANT(" + name + ", zam::avx2, \"avx2\", 1)\n";
         for (size_t k = 0; k < all[i].size(); ++k, ++count) {
             const auto& [key, text] = all[i][k];
             const std::string ns = "zam::variant::v" + std::to_string(k);
@@ -193,23 +235,27 @@ bool write_variants(const std::filesystem::path& dir, size_t shards, const std::
                 body.replace(at, 9, ns);
             files[count % shards] += '\n' + body;
             header += "namespace " + ns + " {\n" + zg::codelet_head(x.prog.sig) + ";\n}\n";
-            table += "ZAM_VARIANT(" + name + ", " + ns + ", \"" + key + "\", " + (text == x.avx2 ? "1" : "0") + ")\n";
+            table += "ZAM_VARIANT(" + name + ", " + ns + ", \"" + key + "\", " + (!avx512 && text == x.avx2 ? "1" : "0") + ")\n";
         }
     }
     bool ok = write_if_changed(dir / "variants.hpp", header) && write_if_changed(dir / "variants.inc", table);
     for (size_t s = 0; s < shards; ++s) ok &= write_if_changed(dir / ("variants_" + std::to_string(s) + ".cpp"), files[s]);
-    std::cerr << "zamgen-codegen: " << count << " AVX2 variants of " << bodies.size() << " bodies\n";
+    std::cerr << "zamgen-codegen: " << count << (avx512 ? " AVX-512" : " AVX2") << " variants of " << bodies.size()
+              << " bodies\n";
     return ok;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    // --variants OUTDIR SHARDS: write the AVX2 variants instead (write_variants).
-    const bool variants = argc > 1 && std::string(argv[1]) == "--variants";
+    // --variants OUTDIR SHARDS: write the AVX2 variants instead, and
+    // --avx512-variants the AVX-512 ones (write_variants).
+    const std::string mode = argc > 1 ? argv[1] : "";
+    const bool variants = mode == "--variants" || mode == "--avx512-variants";
     if (variants) --argc, ++argv;
     if (argc < 3 || argc > 4 || std::atoi(argv[2]) < 1) {
-        std::cerr << "usage: zamgen-codegen OUTDIR SHARDS [CHECKED]\n       zamgen-codegen --variants OUTDIR SHARDS\n";
+        std::cerr << "usage: zamgen-codegen OUTDIR SHARDS [CHECKED]\n"
+                     "       zamgen-codegen --variants|--avx512-variants OUTDIR SHARDS\n";
         return 2;
     }
     const std::filesystem::path dir = argv[1];
@@ -241,7 +287,6 @@ int main(int argc, char** argv) {
                                     f.transform == zg::Transform::Wht ? zg::Form::BufferedCodelet : zg::Form::Codelet};
             Printed& x = printed.emplace_back();
             x.prog = zg::lower(c, sig, q);
-            x.avx512_wanted = &p == &planner;  // the steps-first plans get no AVX-512 body
         }
         return b;
     };
@@ -297,12 +342,29 @@ int main(int argc, char** argv) {
             std::cerr << "zamgen-codegen: avx2_choices.tsv names " << name << ", which has no AVX2 body\n";
             return 1;
         }
+    // Every AVX-512 table entry must name a codelet whose AVX-512 body it
+    // prints (in the plan taken).
+    size_t avx512_named = 0;
+    for (const Meta& m : meta)
+        for (size_t j = m.built.at; j < m.built.at + 2; ++j)
+            if (kAvx512Choices.contains(printed[j].prog.sig.function)) {
+                ++avx512_named;
+                if (printed[j].avx512.empty()) {
+                    std::cerr << "zamgen-codegen: avx512_choices.tsv names " << printed[j].prog.sig.function
+                              << ", which has no AVX-512 body\n";
+                    return 1;
+                }
+            }
+    if (avx512_named != kAvx512Choices.size()) {
+        std::cerr << "zamgen-codegen: avx512_choices.tsv names a codelet that does not exist\n";
+        return 1;
+    }
     if (variants) {
         std::vector<const Printed*> bodies;
         for (const Meta& m : meta)
             for (size_t j = m.built.at; j < m.built.at + 2; ++j)
                 if (printed[j].share >= kVectorShare) bodies.push_back(&printed[j]);
-        if (write_variants(dir, shards, bodies)) return 0;
+        if (write_variants(dir, shards, bodies, mode == "--avx512-variants")) return 0;
         std::cerr << "zamgen-codegen: cannot write to " << dir << '\n';
         return 1;
     }
@@ -320,8 +382,8 @@ int main(int argc, char** argv) {
             int bodies = x.share >= kVectorShare ? 1 : 0;
             if (bodies) {
                 u.vector_source += '\n' + x.sse2;
-                u.avx2_source += '\n' + (x.avx2_measured.empty() ? x.avx2 : x.avx2_measured);
-                if (!x.avx512.empty() && x.gain >= kAvx512Gain && k.muls + k.adds >= kAvx512Operations) {
+                u.avx2_source += '\n' + avx2_body(x);
+                if (!x.avx512.empty()) {
                     u.avx512_source += '\n' + x.avx512;
                     u.avx512_cost += k.muls + k.adds;
                     bodies = 2;

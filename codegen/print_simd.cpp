@@ -78,11 +78,13 @@ public:
     // `float_octets` (AVX2): octets only of float loads, sums and
     // differences, in 256-bit float vectors; products, their combinations
     // and roundings stay in quads, and no 512-bit vector is printed.
-    // `by_height`: see schedule.
+    // `by_height`: see schedule.  `modern`: an AVX-512 body printed as the
+    // SSE2 and AVX2 bodies are (see modern_).
     SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found,
-                bool by_factor = false, bool float_octets = false, bool by_height = false)
+                bool by_factor = false, bool float_octets = false, bool by_height = false, bool modern = false)
         : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes),
-          by_factor_(by_factor), float_octets_(float_octets), not512_(widest < 8 || float_octets), by_height_(by_height) {}
+          by_factor_(by_factor), float_octets_(float_octets), modern_(widest < 8 || float_octets || modern),
+          by_height_(by_height) {}
 
     // How many sums printed as a difference or with _mm_addsub (see
     // emit_pack) saved a sign flip that an AVX-512 body prints.
@@ -136,7 +138,7 @@ public:
         for (int w = 4; w <= widest_; w *= 2) group(w);
         schedule();
         scheduled_ = order_;
-        if (not512_) place_loads_and_stores();
+        if (modern_) place_loads_and_stores();
         if (packed_share) *packed_share = share_;
         out_ << "namespace " << ns << " {\n";
         if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
@@ -1229,15 +1231,16 @@ private:
                 B.push_back(m.b);
                 if (!all_sub) B.back().neg ^= m.sub;
             }
-            // Up to AVX2, a sum whose second operand is negated in every
-            // lane is a difference (x + (-y) is x - y, exactly), and with
-            // SSE3 (the AVX2 bodies) one negated in the even lanes alone is
-            // _mm_addsub_pd / _ps: each lane one sum or difference.
+            // A sum whose second operand is negated in every lane is a
+            // difference (x + (-y) is x - y, exactly), and with SSE3 (the
+            // AVX2 and AVX-512 bodies) one negated in the even lanes alone is
+            // _mm_addsub_pd / _ps: each lane one sum or difference (there is
+            // none of 512 bits).
             const bool all_neg = std::all_of(B.begin(), B.end(), [](Operand o) { return o.neg; });
             bool alternate = true;
             for (size_t i = 0; i < w; ++i) alternate &= B[i].neg == (i % 2 == 0);
             const char* op = all_sub ? "sub" : "add";
-            if (!all_sub && not512_ && (all_neg || (alternate && widest_ >= 4))) {
+            if (!all_sub && modern_ && (all_neg || (alternate && widest_ >= 4 && !(w == 8 && t == Type::F64)))) {
                 for (Operand& o : B) o.neg = false;
                 op = all_neg ? "sub" : "addsub";
                 ++saved_;
@@ -1277,7 +1280,12 @@ private:
     const Lanes lanes_;
     const bool by_factor_;  // products pair by their factors where that costs nothing
     const bool float_octets_;  // AVX2: octets of float sums, differences and loads only
-    const bool not512_;        // an SSE2 or AVX2 body (AVX-512 bodies print sums as they always did)
+    // Sums as differences or addsubs where that saves a sign flip (see
+    // emit_pack), and each load placed just before its first use, each store
+    // just after its value (see place_loads_and_stores): the SSE2 and AVX2
+    // bodies, and the AVX-512 bodies of the variants that ask for it (the
+    // others print sums and place loads and stores as they always did).
+    const bool modern_;
     const bool by_height_;     // scheduled by the longest chain of latencies to a store (see schedule)
     bool by_factor_chose_ = false;
     int saved_ = 0;
@@ -1547,19 +1555,23 @@ std::vector<std::string> avx2_variants(const Program& tagged) {
     return keys;
 }
 
+std::vector<std::string> avx512_variants(const Program& prog) {
+    if (has_real_batches(prog)) return {"0,0", "0,1", "1,0", "1,1"};
+    return {"0,0", "0,1"};
+}
+
 // Octets on top of the AVX2 body's quads (under its limit, or any where it
 // has none), under each limit for the octets, kept only if it has octets
 // and fewer instructions than the AVX2 body: as found, the one with the
 // fewest instructions; seeded from the batches where they take fewer still,
 // the one with the fewest instructions and spills.
-std::string print_avx512(const Program& tagged, const std::string& ns, double* gain, std::string* avx2_body) {
-    // The AVX-512 bodies have not run on a machine with AVX-512 since the
-    // real-data recipes marked their batches, so they are printed as before:
-    // without those batches.  The AVX2 body uses them.
-    const bool real = has_real_batches(tagged);
+std::string print_avx512(const Program& tagged, const std::string& ns, const std::string& key, double* gain) {
+    if (key.size() != 3 || key[1] != ',' || (key[0] != '0' && key[0] != '1') || (key[2] != '0' && key[2] != '1'))
+        throw std::invalid_argument("AVX-512 variant key " + key);
+    const bool real = has_real_batches(tagged) && key[0] == '0', modern = key[2] == '1';
     const Program prog = real ? without_real_batches(tagged) : tagged;
     const std::vector<Candidate> candidates = avx2_candidates(prog, ns);
-    const Choice avx2 = avx2_choice(candidates, true);
+    const Choice avx2 = avx2_choice(candidates, !modern);
     const FactorPairings factors(prog);
     std::string best;
     int least = avx2.instructions, cheapest = 1 << 30, found = least;
@@ -1569,7 +1581,7 @@ std::string print_avx512(const Program& tagged, const std::string& ns, double* g
         for (bool by_factor : {false, true})
             for (int slack8 : {-1, 0, 1}) {
                 if (!factors.tried(lanes, by_factor)) continue;
-                SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes, by_factor);
+                SimdPrinter printer(prog, 8, std::max(avx2.slack, -1), slack8, lanes, by_factor, false, false, modern);
                 std::string text = printer.run(ns, nullptr);
                 if (printer.octets() == 0) continue;
                 const int n = estimated_instructions(text), c = n + printer.spills(kAvx512Registers);
@@ -1578,8 +1590,6 @@ std::string print_avx512(const Program& tagged, const std::string& ns, double* g
             }
     }
     if (gain) *gain = avx2.instructions ? double(avx2.instructions - least) / avx2.instructions : 0.0;
-    if (avx2_body)
-        *avx2_body = real ? print_avx2(tagged, ns) : with_float_octets(prog, ns, avx2_choice(candidates, false)).text;
     return best;
 }
 

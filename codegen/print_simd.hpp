@@ -56,8 +56,16 @@ int estimated_instructions(const std::string& body);
 // quads, pairs and lone instructions without a partner stay as in the AVX2
 // body.  Empty where no body with octets takes fewer instructions than the
 // AVX2 body with quads alone; `gain`, if given, receives the share of that
-// body's instructions it saves, and `avx2_body` the AVX2 body (print_avx2's).
-std::string print_avx512(const Program& prog, const std::string& ns, double* gain = nullptr,
-                         std::string* avx2_body = nullptr);
+// body's instructions it saves.  Which codelets run an AVX-512 body, and
+// which variant, is measured (zamgen-tune-avx512) and kept in a table.  A
+// variant key is "b,m": b = 1 where the real-data recipes' batches seed
+// lanes too (as in the AVX2 body; offered only where there are some), 0
+// where only the complex recipes' batches do; m = 1 where sums are printed
+// as differences and addsubs and loads and stores placed next to their
+// uses, as in the AVX2 body, 0 where they are printed as they always were.
+// (The compiler also offers AVX2 bodies as AVX-512 variants: with the 32
+// vector registers of AVX-512 they spill less.)
+std::vector<std::string> avx512_variants(const Program& prog);
+std::string print_avx512(const Program& prog, const std::string& ns, const std::string& key, double* gain = nullptr);
 
 } // namespace zg
