@@ -525,9 +525,9 @@ def report(acc, speed, ffmpeg, machine, context):
         slow.append(f"the {SHORT_NAMES[family]} at {slower} of {len(per_n)} lengths (up to {s32['worst'][1]:.1f}× "
                     f"in 32f and {s64['worst'][1]:.1f}× in 64f; slowest at N = {', '.join(map(str, worst))})")
     if slow:
-        text += ("We are slower on " + "; ".join(slow) + ". Our codelets run on SSE2 and AVX2 vectors whose lanes "
-                 "are operations of the scalar code that the codelet compiler finds side by side, so that every result "
-                 "has the same bits on every CPU, under Linux and Windows and whatever flags a user adds; where a "
+        text += ("We are slower on " + "; ".join(slow) + ". Our codelets run on vectors (SSE2, AVX2, and "
+                 "AVX-512 where it was measured faster) whose lanes are operations of the scalar code that the "
+                 "codelet compiler finds side by side, so that every result has the same bits on every CPU, under Linux and Windows and whatever flags a user adds; where a "
                  "length is slower, too few of its operations fill whole vectors, or they need shuffles between "
                  f"stages, while FFTW ({machine['fftw']}) runs codelets written for vectors from the start. ")
         wider = [SHORT_NAMES[f] for f, _ in SPEED_FAMILIES
