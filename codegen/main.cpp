@@ -213,8 +213,7 @@ VariantList avx512_variants(const Printed& x) {
 // zam::variant::v<k> of variants_<s>.cpp, declared in variants.hpp, listed in
 // variants.inc with their keys and which one the library runs now.  For AVX2
 // that is one of the variants (the estimate's choice); for AVX-512 it is
-// the AVX2 body (zam::avx2, key "avx2"), listed with every codelet that has
-// an AVX-512 variant.
+// the AVX2 body (zam::avx2, key "avx2"), listed with each codelet's variants.
 bool write_variants(const std::filesystem::path& dir, size_t shards, const std::vector<const Printed*>& bodies,
                     bool avx512) {
     std::vector<VariantList> all(bodies.size());
