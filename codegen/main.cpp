@@ -190,6 +190,19 @@ VariantList avx2_variants(const Printed& x) {
         if (y.first.back() == '1') return y.first.substr(0, y.first.size() - 1) != estimate.substr(0, estimate.size() - 1);
         return zg::estimated_instructions(y.second) > kVariantSlack * least;
     });
+    // The bodies chosen now also scheduled by GCC for register pressure, and
+    // the measured one as it is (where it is so scheduled, none of the above).
+    auto add = [&](const std::string& key) {
+        std::string text = zg::print_avx2(x.prog, "ZAM_VX_NS", key);
+        if (std::none_of(v.begin(), v.end(), [&](const auto& y) { return y.second == text; }))
+            v.emplace_back(key, std::move(text));
+    };
+    if (!estimate.empty()) add(estimate + ",1");
+    if (const auto measured = kAvx2Choices.find(x.prog.sig.function); measured != kAvx2Choices.end()) {
+        const std::string& key = measured->second;
+        add(key);
+        if (std::count(key.begin(), key.end(), ',') == 7) add(key + ",1");
+    }
     return v;
 }
 

@@ -79,12 +79,14 @@ public:
     // differences, in 256-bit float vectors; products, their combinations
     // and roundings stay in quads, and no 512-bit vector is printed.
     // `by_height`: see schedule.  `modern`: an AVX-512 body printed as the
-    // SSE2 and AVX2 bodies are (see modern_).
+    // SSE2 and AVX2 bodies are (see modern_).  `pressure`: the body marked
+    // ZAM_SCHEDULE_FOR_PRESSURE (frame/checks.hpp).
     SimdPrinter(const Program& p, int widest, int slack = -1, int slack8 = -1, Lanes lanes = Lanes::Found,
-                bool by_factor = false, bool float_octets = false, bool by_height = false, bool modern = false)
+                bool by_factor = false, bool float_octets = false, bool by_height = false, bool modern = false,
+                bool pressure = false)
         : p_(p), code_(p.code), single_(p.scalar == Type::F32), widest_(widest), slack_{slack, slack8}, lanes_(lanes),
           by_factor_(by_factor), float_octets_(float_octets), modern_(widest < 8 || float_octets || modern),
-          by_height_(by_height) {}
+          by_height_(by_height), pressure_(pressure) {}
 
     // How many sums printed as a difference or with _mm_addsub (see
     // emit_pack) saved a sign flip that an AVX-512 body prints.
@@ -142,6 +144,7 @@ public:
         if (packed_share) *packed_share = share_;
         out_ << "namespace " << ns << " {\n";
         if (!p_.plan.empty()) out_ << "// plan: " << p_.plan << '\n';
+        if (pressure_) out_ << "ZAM_SCHEDULE_FOR_PRESSURE\n";
         out_ << codelet_head(p_.sig) << "\n{\n" << codelet_checks(p_);
         const char* e = single_ ? "float" : "double";
         out_ << "    const " << e << "* const in = reinterpret_cast<const " << e << "*>(src);\n";
@@ -1287,6 +1290,7 @@ private:
     // others print sums and place loads and stores as they always did).
     const bool modern_;
     const bool by_height_;     // scheduled by the longest chain of latencies to a store (see schedule)
+    const bool pressure_;      // scheduled again by GCC for register pressure
     bool by_factor_chose_ = false;
     int saved_ = 0;
     std::map<std::array<int, 4>, int> at_;  // (tag level, batch, copy, position) -> instruction
@@ -1490,12 +1494,14 @@ const char* const kLaneNames[] = {"found", "copies-parts", "copies"};
 struct Variant {
     int widest = 2, slack = -1, slack8 = -1;
     Lanes lanes = Lanes::Found;
-    bool by_factor = false, float_octets = false, real_batches = true, by_height = false;
+    bool by_factor = false, float_octets = false, real_batches = true, by_height = false, pressure = false;
 
+    // A ninth field, 1, marks the body for GCC's scheduling for register
+    // pressure; without it the body is printed unmarked.
     std::string key() const {
         return std::to_string(widest) + ',' + std::to_string(slack) + ',' + std::to_string(slack8) + ',' +
                kLaneNames[static_cast<int>(lanes)] + ',' + (by_factor ? '1' : '0') + ',' + (float_octets ? '1' : '0') +
-               ',' + (real_batches ? '1' : '0') + ',' + (by_height ? '1' : '0');
+               ',' + (real_batches ? '1' : '0') + ',' + (by_height ? '1' : '0') + (pressure ? ",1" : "");
     }
 
     static Variant parse(const std::string& key) {
@@ -1508,6 +1514,10 @@ struct Variant {
             if (x != "0" && x != "1") throw std::invalid_argument("AVX2 variant key " + key);
             return x == "1";
         };
+        if (std::getline(in, rest, ',')) {
+            if (rest != "1") throw std::invalid_argument("AVX2 variant key " + key);
+            v.pressure = true;
+        }
         v.widest = std::stoi(f[0]), v.slack = std::stoi(f[1]), v.slack8 = std::stoi(f[2]);
         v.by_factor = flag(f[4]), v.float_octets = flag(f[5]), v.real_batches = flag(f[6]), v.by_height = flag(f[7]);
         const auto lane = std::find(std::begin(kLaneNames), std::end(kLaneNames), f[3]);
@@ -1524,7 +1534,8 @@ std::string print_avx2(const Program& prog, const std::string& ns, const std::st
     const Variant v = Variant::parse(key);
     if (v.float_octets && prog.scalar != Type::F32) throw std::invalid_argument("float octets in a double body: " + key);
     const Program& p = v.real_batches ? prog : without_real_batches(prog);
-    return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets, v.by_height).run(ns, nullptr);
+    return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets, v.by_height, false, v.pressure)
+        .run(ns, nullptr);
 }
 
 std::vector<std::string> avx2_variants(const Program& tagged) {

@@ -235,7 +235,7 @@ TEST(CodegenSimd, TheEstimatesAvx2BodyIsAVariant) {
     const Program prog = lower(build_codelet(planner, families().front(), 8),
                                {"f", "double", true, zam::ScaleRule::Forward, 8}, Precision::Double);
     for (const char* bad : {"", "4,0,-1,found,1,0,1", "3,0,-1,found,0,0,1,0", "4,0,-1,lost,0,0,1,0", "4,0,-1,found,2,0,1,0",
-                            "8,0,0,found,0,1,1,0", "4,0,-1,found,0,0,1,0,1"})
+                            "8,0,0,found,0,1,1,0", "4,0,-1,found,0,0,1,0,0", "4,0,-1,found,0,0,1,0,1,1"})
         EXPECT_THROW(print_avx2(prog, "ns", bad), std::invalid_argument) << bad;
 }
 

@@ -7,6 +7,17 @@
 #include "frame/scale_rule.hpp"
 #include "zamgen.h"
 
+// Before a vector body the codelet compiler may mark to be scheduled by GCC
+// for register pressure before registers are allocated (-fschedule-insns
+// -fsched-pressure), where that was measured faster: fewer values spill to
+// the stack.  Scheduling only orders independent instructions, so the
+// results are the same.
+#if defined(__GNUC__) && !defined(__clang__)
+#define ZAM_SCHEDULE_FOR_PRESSURE __attribute__((optimize("schedule-insns", "sched-pressure")))
+#else
+#define ZAM_SCHEDULE_FOR_PRESSURE
+#endif
+
 namespace zam {
 
 // Checks the pointers (first) and the flag; on success stores the scale
