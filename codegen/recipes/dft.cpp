@@ -4,6 +4,7 @@
 #include "index_maps.hpp"
 #include "transforms.hpp"
 
+#include <optional>
 #include <stdexcept>
 
 namespace zg {
@@ -51,6 +52,8 @@ CxVec cooley_tukey(Context& ctx, const CxVec& x, int n1s, int n2s, int sign) {
     return y;
 }
 
+constexpr int kDirectBatches = 17;
+
 // Direct symmetric evaluation of an odd length: pair sums and differences,
 // then for each output pair a cosine part (x0 plus products of the sums, one
 // double combination per part) and a sine part (products of the differences).
@@ -58,10 +61,18 @@ CxVec direct_odd(Graph& g, const CxVec& x, int sign) {
     const int n = static_cast<int>(x.size());
     const int m = (n - 1) / 2;
     CxVec a(idx(m + 1)), b(idx(m + 1));
+    // Two batches: the pairs of inputs, and the output pairs, each computed
+    // alike (the same chain of products and sums, other constants); marked
+    // for the long lengths alone, whose output pairs fill vectors (the short
+    // ones run inside the batches of larger transforms).
+    const bool batches = n >= kDirectBatches;
+    const int32_t pairs = batches ? g.new_lane_group() : -1, outputs = batches ? g.new_lane_group() : -1;
     // The differences are oriented by the exponent sign, b[j] = sign*(x[j] - x[n-j]),
     // so that y[k] = c + i*s in both directions: for real input the imaginary
     // parts come out as positive sums.
     for (int j = 1; j <= m; ++j) {
+        std::optional<CopyScope> copy;
+        if (batches) copy.emplace(g, pairs, j - 1);
         const Cx& p = x[idx(j)];
         const Cx& q = x[idx(n - j)];
         a[idx(j)] = cadd(g, p, q);
@@ -72,6 +83,8 @@ CxVec direct_odd(Graph& g, const CxVec& x, int sign) {
     for (int j = 1; j <= m; ++j) y0 = cadd(g, y0, a[idx(j)]);
     y[0] = y0;
     for (int k = 1; k <= m; ++k) {
+        std::optional<CopyScope> copy;
+        if (batches) copy.emplace(g, outputs, k - 1);
         Cx c = x[0];
         Cx s{};
         for (int j = 1; j <= m; ++j) {
