@@ -8,8 +8,11 @@
 // codegen/avx512_choices.tsv, lists the codelets whose AVX-512 body runs
 // faster.
 //
-//   zamgen-tune-avx2 TABLE
-//   zamgen-tune-avx512 TABLE
+//   zamgen-tune-avx2 TABLE [PART...]
+//   zamgen-tune-avx512 TABLE [PART...]
+//
+// With PARTs, only the codelets whose names contain one of them are timed,
+// and their rows of TABLE replaced; the other rows stay.
 //
 // All variants give the scalar body's bits (checked here on one input per
 // scaling flag; the tests check the chosen bodies fully).  Each codelet's
@@ -116,19 +119,33 @@ bool same_bits(const std::vector<const Variant*>& v) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s TABLE\n", kTuned.name);
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: %s TABLE [PART...]\n", kTuned.name);
         return 2;
     }
+    const std::vector<std::string> parts(argv + 2, argv + argc);
+    auto chosen = [&](const std::string& name) {
+        return parts.empty() || std::any_of(parts.begin(), parts.end(), [&](const std::string& p) {
+                   return name.find(p) != std::string::npos;
+               });
+    };
     if (!zam::path_supported(kTuned.path)) {
         std::fprintf(stderr, "%s: this processor lacks the path's instructions\n", kTuned.name);
         return 1;
     }
     std::map<std::string, std::vector<const Variant*>> codelets;
-    for (const Variant& v : kVariants) codelets[v.name].push_back(&v);
+    for (const Variant& v : kVariants)
+        if (chosen(v.name)) codelets[v.name].push_back(&v);
+    // The table's rows by codelet: those of the codelets not timed kept as they are.
+    std::map<std::string, std::string> rows;
+    if (!parts.empty()) {
+        std::ifstream in(argv[1]);
+        for (std::string row; std::getline(in, row);)
+            if (const std::string name = row.substr(0, row.find('\t')); !row.empty() && row[0] != '#' && !chosen(name))
+                rows[name] = row;
+    }
     std::mt19937 random(1);
     std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
-    std::string table;
     int taken = 0, failed = 0;
     for (const auto& [name, v] : codelets) {
         // Random data in the codelet's precision.
@@ -157,7 +174,7 @@ int main(int argc, char** argv) {
         std::printf("%s\t%zu variants\tnow %.1f ns\tbest %s %.1f ns\t%.3f%s\n", name.c_str(), v.size(),
                     std::min(a[current], b[current]), v[best]->key, std::min(a[best], b[best]),
                     (a[best] + b[best]) / (a[current] + b[current]), take ? "\ttaken" : "");
-        if (take) table += name + '\t' + v[best]->key + '\n', ++taken;
+        if (take) rows[name] = name + '\t' + v[best]->key, ++taken;
     }
     if (failed) {
         std::fprintf(stderr, "%s: %d codelets failed; %s left as it was\n", kTuned.name, failed, argv[1]);
@@ -165,8 +182,8 @@ int main(int argc, char** argv) {
     }
     std::ofstream out(argv[1], std::ios::trunc);
     out << "# " << kTuned.bodies << " bodies chosen by measurement: codelet, variant key (see zg::" << kTuned.keys
-        << ").\n# Written by " << kTuned.name << "; a codelet not listed " << kTuned.unlisted << ".\n"
-        << table;
+        << ").\n# Written by " << kTuned.name << "; a codelet not listed " << kTuned.unlisted << ".\n";
+    for (const auto& [name, row] : rows) out << row << '\n';
     std::fprintf(stderr, "%s: %d of %zu codelets take another body\n", kTuned.name, taken, codelets.size());
     return out ? 0 : 1;
 }
