@@ -196,14 +196,6 @@ std::vector<std::string> siblings(const std::string& name) {
     return r;
 }
 
-// The AVX2 keys the table names for the siblings of `name`.
-std::vector<std::string> sibling_avx2_keys(const std::string& name) {
-    std::vector<std::string> keys;
-    for (const std::string& s : siblings(name))
-        if (const auto it = kAvx2Choices.find(s); it != kAvx2Choices.end()) keys.push_back(it->second);
-    return keys;
-}
-
 // Every AVX2 variant of a codelet with a vector body, each distinct body
 // once: pairs alone, the bodies chosen now and those within kVariantSlack
 // of the fewest estimated instructions (the others have not run faster
@@ -240,7 +232,8 @@ VariantList avx2_variants(const Printed& x) {
         add(key);
         if (std::count(key.begin(), key.end(), ',') == 7) add(key + ",1");
     }
-    for (const std::string& key : sibling_avx2_keys(x.prog.sig.function)) add(key);
+    for (const std::string& s : siblings(x.prog.sig.function))
+        if (const auto it = kAvx2Choices.find(s); it != kAvx2Choices.end()) add(it->second);
     return v;
 }
 
@@ -256,14 +249,10 @@ VariantList avx512_variants(const Printed& x) {
     add(kAvx2InAvx512, avx2_body(x));
     for (auto& [key, text] : avx2_variants(x)) add(kAvx2InAvx512 + ':' + key, std::move(text));
     for (const std::string& key : zg::avx512_variants(x.prog)) add(key, zg::print_avx512(x.prog, "ZAM_VX_NS", key));
-    // The siblings' AVX-512 bodies and their AVX2 bodies with 32 registers.
-    for (const std::string& s : siblings(x.prog.sig.function)) {
-        std::vector<std::string> keys;
-        if (const auto it = kAvx2Choices.find(s); it != kAvx2Choices.end()) keys.push_back(kAvx2InAvx512 + ':' + it->second);
+    // The siblings' AVX-512 bodies (their AVX2 bodies come with avx2_variants).
+    for (const std::string& s : siblings(x.prog.sig.function))
         if (const auto it = kAvx512Choices.find(s); it != kAvx512Choices.end() && it->second != kAvx2InAvx512)
-            keys.push_back(it->second);
-        for (const std::string& key : keys) add(key, avx512_body(x, key));
-    }
+            add(it->second, avx512_body(x, it->second));
     return v;
 }
 
