@@ -134,8 +134,27 @@ public:
         return by_factor_chose_;
     }
 
+    // The packs as pair() and group() make them, each lane by the value it
+    // defines (a program of the other precision defines the same values).
+    std::vector<Pack> packing() {
+        index();
+        pair();
+        for (int w = 4; w <= widest_; w *= 2) group(w);
+        std::vector<Pack> r = packs_;
+        for (Pack& pk : r)
+            for (int l = 0; l < pk.width; ++l) pk.in[static_cast<size_t>(l)] = code_[static_cast<size_t>(pk.in[static_cast<size_t>(l)])].result;
+        return r;
+    }
+
+    // Packs this body as `twin` (packing() of the double-precision program)
+    // before finding more as usual: a single-precision body then runs the
+    // double-precision body's vectors, with its roundings in the lanes of
+    // the values they round.
+    void follow(std::vector<Pack> twin) { twin_ = std::move(twin); }
+
     std::string run(const std::string& ns, double* packed_share) {
         index();
+        if (!twin_.empty()) replay();
         pair();
         for (int w = 4; w <= widest_; w *= 2) group(w);
         schedule();
@@ -353,6 +372,48 @@ private:
         share_ = ops ? double(packed) / ops : 0.0;
     }
 
+    // The twin's packs, lane for lane, where this program's instructions
+    // defining the same values can share a vector; and beside each pack of
+    // doubles, a pack of their roundings where each lane's value is rounded.
+    void replay() {
+        std::vector<int> made(twin_.size(), -1), rounded(twin_.size(), -1);
+        auto round_of = [&](int i) {
+            for (int u : users_[static_cast<size_t>(i)])
+                if (code_[static_cast<size_t>(u)].op == Opcode::Round) return u;
+            return -1;
+        };
+        replaying_ = true;
+        for (size_t k = 0; k < twin_.size(); ++k) {
+            const Pack& pk = twin_[k];
+            if (pk.from[0] < 0) {
+                const int a = pk.in[0], b = pk.in[1];
+                if (!def_.has(a) || !def_.has(b)) continue;
+                const int u = def_[a], v = def_[b];
+                const Instr &x = code_[static_cast<size_t>(u)], &y = code_[static_cast<size_t>(v)];
+                const bool loads = x.op == Opcode::Load && y.op == Opcode::Load && pack_[static_cast<size_t>(u)] < 0 &&
+                                   pack_[static_cast<size_t>(v)] < 0;
+                if (!loads && !can_pair(u, v)) continue;
+                made[k] = static_cast<int>(packs_.size());
+                make_pack(u, v);
+                if (const int ru = round_of(u), rv = round_of(v); ru >= 0 && rv >= 0 && can_pair(ru, rv)) {
+                    rounded[k] = static_cast<int>(packs_.size());
+                    make_pack(ru, rv);
+                }
+                continue;
+            }
+            const size_t p = static_cast<size_t>(pk.from[0]), q = static_cast<size_t>(pk.from[1]);
+            if (made[p] >= 0 && made[q] >= 0 && can_group(made[p], made[q], pk.width)) {
+                made[k] = static_cast<int>(packs_.size());
+                make_group(made[p], made[q]);
+            }
+            if (rounded[p] >= 0 && rounded[q] >= 0 && can_group(rounded[p], rounded[q], pk.width)) {
+                rounded[k] = static_cast<int>(packs_.size());
+                make_group(rounded[p], rounded[q]);
+            }
+        }
+        replaying_ = false;
+    }
+
     // ---- Quads and octets: two packs of half the width whose lanes are
     // isomorphic, found as the pairs are: neighbouring loads and stores seed
     // them, and they extend to their operands and to the packs of their users.
@@ -382,7 +443,7 @@ private:
                     if (o.value != 0 && o.value == u.result) return false;
             }
         const int slack = slack_[w == 8 ? 1 : 0];
-        return slack < 0 || operand_cost(lanes(p, q)) <= operand_cost(lanes(p)) + operand_cost(lanes(q)) + slack;
+        return replaying_ || slack < 0 || operand_cost(lanes(p, q)) <= operand_cost(lanes(p)) + operand_cost(lanes(q)) + slack;
     }
 
     void make_group(int p, int q) {
@@ -736,10 +797,13 @@ private:
         if (auto it = extracted_.find(value); it != extracted_.end()) return it->second;
         const std::string v = half_name(h), nm = "e" + std::to_string(value);
         const bool hi = half_lane(value) == 1;
-        if (type_of(value) == Type::F32)
-            out_ << "    const float " << nm << " = _mm_cvtss_f32(" << (hi ? "_mm_shuffle_ps(" + v + ", " + v + ", 1)" : v)
-                 << ");\n";
-        else
+        if (type_of(value) == Type::F32) {
+            // Any lane of a float block comes to lane 0 in one shuffle.
+            const std::string b = block_name(block_of(value));
+            const int l = block_lane(value);
+            out_ << "    const float " << nm << " = _mm_cvtss_f32("
+                 << (l ? "_mm_shuffle_ps(" + b + ", " + b + ", " + std::to_string(l) + ")" : b) << ");\n";
+        } else
             out_ << "    const double " << nm << " = _mm_cvtsd_f64(" << (hi ? "_mm_unpackhi_pd(" + v + ", " + v + ")" : v)
                  << ");\n";
         extracted_[value] = nm;
@@ -858,6 +922,7 @@ private:
         if (v0 == 0 && v1 == 0) return t == Type::F32 ? "_mm_setzero_ps()" : "_mm_setzero_pd()";
         const int p0 = v0 ? half_of(v0) : -2, p1 = v1 ? half_of(v1) : -2;
         const Type s0 = type_of(v0), s1 = type_of(v1);
+        if (s0 == Type::F32 && s1 == Type::F32 && p0 >= 0 && p1 >= 0) return widen(float_pair(v0, v1), s0, t);
         if (s0 == s1 && (s0 == t || (s0 == Type::F32 && t == Type::F64))) {
             const std::string a = p0 >= 0 ? half_name(p0) : "", b = p1 >= 0 ? half_name(p1) : "";
             if (p0 >= 0 && p0 == p1 && half_lane(v0) == 0 && half_lane(v1) == 1) return widen(a, s0, t);
@@ -882,6 +947,27 @@ private:
         const std::string a = scalar(v0), b = scalar(v1);
         if (t == Type::F32) return "_mm_setr_ps(" + a + ", " + b + ", 0.0f, 0.0f)";
         return "_mm_set_pd(" + b + ", " + a + ")";
+    }
+
+    // Two float values from float blocks (lanes i and j of blocks A and B)
+    // in lanes 0 and 1, in at most two shuffles: one for any two lanes of
+    // one block, or for lanes 0 and 0 (2 and 2) of two blocks; else a
+    // shuffle that takes A's lane i and B's lane j to lanes 0 and 2, and one
+    // that moves lane 2 to lane 1.
+    std::string float_pair(int v0, int v1) const {
+        const int b0 = block_of(v0), b1 = block_of(v1), i = block_lane(v0), j = block_lane(v1);
+        const std::string a = block_name(b0), b = block_name(b1);
+        auto shuffle = [](const std::string& x, const std::string& y, int imm) {
+            return "_mm_shuffle_ps(" + x + ", " + y + ", " + std::to_string(imm) + ")";
+        };
+        auto high = [](const std::string& x) { return "_mm_movehl_ps(" + x + ", " + x + ")"; };
+        if (b0 == b1) return i == 0 && j == 1 ? a : i == 2 && j == 3 ? high(a) : shuffle(a, a, i | j << 2);
+        if (i == j) {
+            const std::string u = (i < 2 ? "_mm_unpacklo_ps(" : "_mm_unpackhi_ps(") + a + ", " + b + ")";
+            return i % 2 ? high(u) : u;
+        }
+        const std::string u = shuffle(a, b, i | j << 4);
+        return shuffle(u, u, 8);
     }
 
     // Whether four float values come two and two from float blocks, which
@@ -1283,6 +1369,8 @@ private:
     const Lanes lanes_;
     const bool by_factor_;  // products pair by their factors where that costs nothing
     const bool float_octets_;  // AVX2: octets of float sums, differences and loads only
+    std::vector<Pack> twin_;  // see follow
+    bool replaying_ = false;
     // Sums as differences or addsubs where that saves a sign flip (see
     // emit_pack), and each load placed just before its first use, each store
     // just after its value (see place_loads_and_stores): the SSE2 and AVX2
@@ -1490,6 +1578,7 @@ std::string print_avx2(const Program& prog, const std::string& ns) {
 // by height; e.g. "4,0,-1,copies,1,0,1,0".
 namespace {
 const char* const kLaneNames[] = {"found", "copies-parts", "copies"};
+const std::string kTwinKey = "f64:";
 
 struct Variant {
     int widest = 2, slack = -1, slack8 = -1;
@@ -1530,12 +1619,28 @@ struct Variant {
 };
 } // namespace
 
-std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key) {
-    const Variant v = Variant::parse(key);
+std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key, const Program* twin) {
+    const bool as_twin = key.starts_with(kTwinKey);
+    const Variant v = Variant::parse(as_twin ? key.substr(kTwinKey.size()) : key);
     if (v.float_octets && prog.scalar != Type::F32) throw std::invalid_argument("float octets in a double body: " + key);
+    if (as_twin && (!twin || prog.scalar != Type::F32 || twin->scalar != Type::F64))
+        throw std::invalid_argument("a body packed as the double-precision one needs both programs: " + key);
+    auto printer = [&](const Program& p) {
+        return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets, v.by_height, false,
+                           v.pressure);
+    };
     const Program& p = v.real_batches ? prog : without_real_batches(prog);
-    return SimdPrinter(p, v.widest, v.slack, v.slack8, v.lanes, v.by_factor, v.float_octets, v.by_height, false, v.pressure)
-        .run(ns, nullptr);
+    SimdPrinter out = printer(p);
+    if (as_twin) out.follow(printer(v.real_batches ? *twin : without_real_batches(*twin)).packing());
+    return out.run(ns, nullptr);
+}
+
+std::string avx2_estimate_key(const Program& prog) {
+    if (prog.scalar != Type::F64) throw std::invalid_argument("the estimate's key is for double-precision bodies");
+    const Choice c = avx2_choice(avx2_candidates(prog, "ZAM_VX_NS"), false);
+    Variant v;
+    v.widest = c.slack == -2 ? 2 : 4, v.slack = c.slack == -2 ? -1 : c.slack, v.lanes = c.lanes, v.by_factor = c.by_factor;
+    return v.key();
 }
 
 std::vector<std::string> avx2_variants(const Program& tagged) {

@@ -44,8 +44,17 @@ std::string print_avx2(const Program& prog, const std::string& ns);
 // pairing, with and without the real-data recipes' batches; octets of floats
 // on each; each in two orders), and the body of one key.  All give the same
 // bits; which runs fastest is measured (zamgen-tune-avx2) and kept in a table.
+//
+// A single-precision body may also be packed as the double-precision body of
+// the same codelet is: key "f64:" and that body's key, `twin` the
+// double-precision program.  Its vectors are then the double-precision
+// body's, its roundings in the lanes of the values they round; what that
+// leaves unpacked is packed as usual.
 std::vector<std::string> avx2_variants(const Program& prog);
-std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key);
+std::string print_avx2(const Program& prog, const std::string& ns, const std::string& key,
+                       const Program* twin = nullptr);
+// The key of the body print_avx2(prog, ns) prints, for double precision.
+std::string avx2_estimate_key(const Program& prog);
 
 // An estimate of the instructions a printed vector body runs.
 int estimated_instructions(const std::string& body);
