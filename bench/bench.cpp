@@ -9,6 +9,7 @@
 // Families: wht, complex_fwd, complex_inv, real_fwd_ccs|pack|perm,
 // real_inv_ccs|pack|perm, hartley, dct4; --family takes name prefixes.
 #include "zamgen.h"
+#include "zamgen_table.hpp"
 #include "zamcore.h"
 
 #include <benchmark/benchmark.h>
@@ -19,13 +20,11 @@ extern "C" {  // FFmpeg's headers declare C functions without a guard of their o
 }
 #endif
 
-#include <array>
 #include <cstdio>
 #include <cstring>
 #include <functional>
 #include <random>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace {
@@ -77,25 +76,12 @@ void pair(const std::string& family, int size, size_t scalars, Ours ours,
     });
 }
 
-// A family's codelets by length (2 to 64, at index N - 2), each called
-// through its exported entry, as a caller who knows the length calls it:
-// the length dispatchers add a bounds test and an indirect call.
-template <class T>
-using Codelet = ZamStatus (*)(const T*, T*, uint32_t);
-using Codelets32 = std::array<Codelet<float>, 63>;
-using Codelets64 = std::array<Codelet<double>, 63>;
-using Complex32 = std::array<Codelet<Zam32fc>, 63>;
-using Complex64 = std::array<Codelet<Zam64fc>, 63>;
-#define ZG_LENGTHS(F, p, s)                                                                                         \
-    F(p, 2, s) F(p, 3, s) F(p, 4, s) F(p, 5, s) F(p, 6, s) F(p, 7, s) F(p, 8, s) F(p, 9, s) F(p, 10, s) F(p, 11, s)  \
-    F(p, 12, s) F(p, 13, s) F(p, 14, s) F(p, 15, s) F(p, 16, s) F(p, 17, s) F(p, 18, s) F(p, 19, s) F(p, 20, s)      \
-    F(p, 21, s) F(p, 22, s) F(p, 23, s) F(p, 24, s) F(p, 25, s) F(p, 26, s) F(p, 27, s) F(p, 28, s) F(p, 29, s)      \
-    F(p, 30, s) F(p, 31, s) F(p, 32, s) F(p, 33, s) F(p, 34, s) F(p, 35, s) F(p, 36, s) F(p, 37, s) F(p, 38, s)      \
-    F(p, 39, s) F(p, 40, s) F(p, 41, s) F(p, 42, s) F(p, 43, s) F(p, 44, s) F(p, 45, s) F(p, 46, s) F(p, 47, s)      \
-    F(p, 48, s) F(p, 49, s) F(p, 50, s) F(p, 51, s) F(p, 52, s) F(p, 53, s) F(p, 54, s) F(p, 55, s) F(p, 56, s)      \
-    F(p, 57, s) F(p, 58, s) F(p, 59, s) F(p, 60, s) F(p, 61, s) F(p, 62, s) F(p, 63, s) F(p, 64, s)
-#define ZG_ENTRY(p, n, s) p##_##n##_##s,
-#define ZG_CODELETS(p, s) {ZG_LENGTHS(ZG_ENTRY, p, s)}
+// A family's codelets are called through their exported entries (the
+// generated table of zamgen.hpp, indexed by length), as a caller who knows
+// the length calls them: the length dispatchers add a bounds test and an
+// indirect call.
+template <class Family, class T>
+using Codelets = zamgen::generated::codelets<Family, T>;
 
 // The Walsh-Hadamard transform of order k is FFTW's real-to-halfcomplex
 // transform of rank k with every axis of length 2 (a butterfly per axis).
@@ -117,11 +103,11 @@ void wht(ZamStatus (*entry)(const T*, T*, int32_t, uint32_t, uint8_t*),
 }
 
 // The complex DFT forward or inverse (FFTW's sign -1 or +1), unnormalised.
-template <class T, class C>
-void complex_dft(const char* family, const std::array<Codelet<C>, 63>& codelets, int sign) {
+template <class Family, class T, class C>
+void complex_dft(const char* family, int sign) {
     for (int n = 2; n <= 64; ++n)
         pair<T>(family, n, 2 * static_cast<size_t>(n),
-                [f = codelets[static_cast<size_t>(n - 2)]](T* in, T* out) {
+                [f = Codelets<Family, C>::table[n]](T* in, T* out) {
                     f(reinterpret_cast<C*>(in), reinterpret_cast<C*>(out), ZAM_NODIV_BY_ANY);
                 },
                 [=](T* in, T* out) {
@@ -135,11 +121,11 @@ void complex_dft(const char* family, const std::array<Codelet<C>, 63>& codelets,
 // layout: the same transform, with the spectrum in FFTW's own layout.  Its
 // complex-to-real plans may use their input as scratch (its fastest plans at
 // 23 of these lengths do), so ours runs first, on the untouched input.
-template <class T>
-void real_dft(const char* family, const std::array<Codelet<T>, 63>& codelets, bool forward) {
+template <class Family, class T>
+void real_dft(const char* family, bool forward) {
     for (int n = 2; n <= 64; ++n)
         pair<T>(family, n, static_cast<size_t>(n) + 2,
-                [f = codelets[static_cast<size_t>(n - 2)]](T* in, T* out) { f(in, out, ZAM_NODIV_BY_ANY); },
+                [f = Codelets<Family, T>::table[n]](T* in, T* out) { f(in, out, ZAM_NODIV_BY_ANY); },
                 [=](T* in, T* out) {
                     using X = typename Fftw<T>::Complex;
                     return forward ? Fftw<T>::r2c_1d(n, in, reinterpret_cast<X*>(out), FFTW_MEASURE)
@@ -148,10 +134,10 @@ void real_dft(const char* family, const std::array<Codelet<T>, 63>& codelets, bo
 }
 
 template <class T>
-void hartley(const std::array<Codelet<T>, 63>& codelets) {
+void hartley() {
     for (int n = 2; n <= 64; ++n)
         pair<T>("hartley", n, static_cast<size_t>(n),
-                [f = codelets[static_cast<size_t>(n - 2)]](T* in, T* out) { f(in, out, ZAM_NODIV_BY_ANY); },
+                [f = Codelets<zamgen::generated::Hartley, T>::table[n]](T* in, T* out) { f(in, out, ZAM_NODIV_BY_ANY); },
                 [=](T* in, T* out) { return Fftw<T>::r2r_1d(n, in, out, FFTW_DHT, FFTW_MEASURE); });
 }
 
@@ -219,29 +205,29 @@ int main(int argc, char** argv) {
         wht<float>(zamgWHT_32f, zamgWHTGetBufferSize_32f);
         wht<double>(zamgWHT_64f, zamgWHTGetBufferSize_64f);
     }
-    for (auto [family, f32, f64, sign] :
-         {std::tuple<const char*, Complex32, Complex64, int>{"complex_fwd", ZG_CODELETS(zamgDFTFwd_CToC, 32fc),
-                                                             ZG_CODELETS(zamgDFTFwd_CToC, 64fc), FFTW_FORWARD},
-          {"complex_inv", ZG_CODELETS(zamgDFTInv_CToC, 32fc), ZG_CODELETS(zamgDFTInv_CToC, 64fc), FFTW_BACKWARD}})
-        if (wanted(family)) {
-            complex_dft<float, Zam32fc>(family, f32, sign);
-            complex_dft<double, Zam64fc>(family, f64, sign);
-        }
-    for (auto [family, f32, f64, forward] :
-         {std::tuple<const char*, Codelets32, Codelets64, bool>{"real_fwd_ccs", ZG_CODELETS(zamgDFTFwd_RToCCS, 32f),
-                                                                ZG_CODELETS(zamgDFTFwd_RToCCS, 64f), true},
-          {"real_fwd_pack", ZG_CODELETS(zamgDFTFwd_RToPack, 32f), ZG_CODELETS(zamgDFTFwd_RToPack, 64f), true},
-          {"real_fwd_perm", ZG_CODELETS(zamgDFTFwd_RToPerm, 32f), ZG_CODELETS(zamgDFTFwd_RToPerm, 64f), true},
-          {"real_inv_ccs", ZG_CODELETS(zamgDFTInv_CCSToR, 32f), ZG_CODELETS(zamgDFTInv_CCSToR, 64f), false},
-          {"real_inv_pack", ZG_CODELETS(zamgDFTInv_PackToR, 32f), ZG_CODELETS(zamgDFTInv_PackToR, 64f), false},
-          {"real_inv_perm", ZG_CODELETS(zamgDFTInv_PermToR, 32f), ZG_CODELETS(zamgDFTInv_PermToR, 64f), false}})
-        if (wanted(family)) {
-            real_dft<float>(family, f32, forward);
-            real_dft<double>(family, f64, forward);
-        }
+    namespace g = zamgen::generated;
+    if (wanted("complex_fwd")) {
+        complex_dft<g::DFTFwd_CToC, float, Zam32fc>("complex_fwd", FFTW_FORWARD);
+        complex_dft<g::DFTFwd_CToC, double, Zam64fc>("complex_fwd", FFTW_FORWARD);
+    }
+    if (wanted("complex_inv")) {
+        complex_dft<g::DFTInv_CToC, float, Zam32fc>("complex_inv", FFTW_BACKWARD);
+        complex_dft<g::DFTInv_CToC, double, Zam64fc>("complex_inv", FFTW_BACKWARD);
+    }
+    auto real = [&]<class Family>(const char* family, bool forward) {
+        if (!wanted(family)) return;
+        real_dft<Family, float>(family, forward);
+        real_dft<Family, double>(family, forward);
+    };
+    real.operator()<g::DFTFwd_RToCCS>("real_fwd_ccs", true);
+    real.operator()<g::DFTFwd_RToPack>("real_fwd_pack", true);
+    real.operator()<g::DFTFwd_RToPerm>("real_fwd_perm", true);
+    real.operator()<g::DFTInv_CCSToR>("real_inv_ccs", false);
+    real.operator()<g::DFTInv_PackToR>("real_inv_pack", false);
+    real.operator()<g::DFTInv_PermToR>("real_inv_perm", false);
     if (wanted("hartley")) {
-        hartley<float>(ZG_CODELETS(zamgHartley, 32f));
-        hartley<double>(ZG_CODELETS(zamgHartley, 64f));
+        hartley<float>();
+        hartley<double>();
     }
     if (wanted("dct4")) {
         dct4<float>(zamgDCT4InitAlloc_32f, zamgDCT4_32f);
