@@ -277,9 +277,10 @@ VariantList avx512_variants(const Printed& x) {
     // The AVX2 variant the double-precision body takes with 32 registers, as a packing.
     if (x.twin)
         if (const auto it = kAvx512Choices.find(x.twin->sig.function);
-            it != kAvx512Choices.end() && it->second.starts_with(kAvx2InAvx512 + ':'))
-            add(kAvx2InAvx512 + ':' + kTwinKey + it->second.substr(kAvx2InAvx512.size() + 1),
-                avx512_body(x, kAvx2InAvx512 + ':' + kTwinKey + it->second.substr(kAvx2InAvx512.size() + 1)));
+            it != kAvx512Choices.end() && it->second.starts_with(kAvx2InAvx512 + ':')) {
+            const std::string key = kAvx2InAvx512 + ':' + kTwinKey + it->second.substr(kAvx2InAvx512.size() + 1);
+            add(key, avx512_body(x, key));
+        }
     for (const std::string& key : zg::avx512_variants(x.prog)) add(key, zg::print_avx512(x.prog, "ZAM_VX_NS", key));
     // The siblings' AVX-512 bodies (their AVX2 bodies come with avx2_variants).
     for (const std::string& s : siblings(x.prog.sig.function))

@@ -923,26 +923,13 @@ private:
         const int p0 = v0 ? half_of(v0) : -2, p1 = v1 ? half_of(v1) : -2;
         const Type s0 = type_of(v0), s1 = type_of(v1);
         if (s0 == Type::F32 && s1 == Type::F32 && p0 >= 0 && p1 >= 0) return widen(float_pair(v0, v1), s0, t);
-        if (s0 == s1 && (s0 == t || (s0 == Type::F32 && t == Type::F64))) {
-            const std::string a = p0 >= 0 ? half_name(p0) : "", b = p1 >= 0 ? half_name(p1) : "";
-            if (p0 >= 0 && p0 == p1 && half_lane(v0) == 0 && half_lane(v1) == 1) return widen(a, s0, t);
-            if (p0 >= 0 && p0 == p1 && v0 != v1) {  // the lanes swapped
-                return widen(s0 == Type::F32 ? "_mm_shuffle_ps(" + a + ", " + a + ", 0xE1)"
-                                             : "_mm_shuffle_pd(" + a + ", " + a + ", 1)",
-                             s0, t);
-            }
-            if (p0 >= 0 && v0 == v1) {  // one lane in both
-                const bool hi = half_lane(v0) == 1;
-                return widen(s0 == Type::F32 ? "_mm_shuffle_ps(" + a + ", " + a + (hi ? ", 0x55)" : ", 0x00)")
-                                             : (hi ? "_mm_unpackhi_pd(" : "_mm_unpacklo_pd(") + a + ", " + a + ")",
-                             s0, t);
-            }
-            if (p0 >= 0 && p1 >= 0) {
-                const int l0 = half_lane(v0), l1 = half_lane(v1);
-                if (s0 == Type::F64) return "_mm_shuffle_pd(" + a + ", " + b + ", " + std::to_string(l0 | (l1 << 1)) + ")";
-                auto at0 = [](const std::string& x, int l) { return l ? "_mm_shuffle_ps(" + x + ", " + x + ", 1)" : x; };
-                return widen("_mm_unpacklo_ps(" + at0(a, l0) + ", " + at0(b, l1) + ")", s0, t);
-            }
+        if (s0 == Type::F64 && s1 == Type::F64 && t == Type::F64 && p0 >= 0 && p1 >= 0) {
+            const std::string a = half_name(p0), b = half_name(p1);
+            if (p0 == p1 && half_lane(v0) == 0 && half_lane(v1) == 1) return a;
+            if (p0 == p1 && v0 != v1) return "_mm_shuffle_pd(" + a + ", " + a + ", 1)";  // the lanes swapped
+            if (v0 == v1)  // one lane in both
+                return (half_lane(v0) == 1 ? "_mm_unpackhi_pd(" : "_mm_unpacklo_pd(") + a + ", " + a + ")";
+            return "_mm_shuffle_pd(" + a + ", " + b + ", " + std::to_string(half_lane(v0) | (half_lane(v1) << 1)) + ")";
         }
         const std::string a = scalar(v0), b = scalar(v1);
         if (t == Type::F32) return "_mm_setr_ps(" + a + ", " + b + ", 0.0f, 0.0f)";
